@@ -1,0 +1,29 @@
+#pragma once
+
+#include "foundation_ui/Theme.h"
+
+#include <QtWidgets/QWidget>
+
+namespace Tessaline {
+
+/// A symbol that only shows something; the words beside it say the same to assistive technology.
+class SymbolView final : public QWidget
+{
+    Q_OBJECT
+public:
+    /// `theme` must outlive the view. `size` is in device-independent pixels.
+    SymbolView(const Theme &theme, ColorRole role, double size, QWidget *parent = nullptr);
+
+    void setSymbol(const QString &symbol);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    const Theme &m_theme;
+    ColorRole m_role;
+    double m_size;
+    QString m_symbol;
+};
+
+} // namespace Tessaline
