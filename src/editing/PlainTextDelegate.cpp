@@ -1,0 +1,27 @@
+#include "editing/PlainTextDelegate.h"
+
+#include "editing/EditableText.h"
+#include "editing/TextTransfer.h"
+
+namespace Tessaline {
+
+std::unique_ptr<QMimeData> PlainTextDelegate::makeTransfer(const TextRange &range)
+{
+    return std::make_unique<TextTransfer>(m_text.text(), range);
+}
+
+bool PlainTextDelegate::insertTransfer(const QMimeData &transfer, const TextRange &range)
+{
+    const QString text = transfer.text();
+    if (text.isEmpty())
+        return false;
+    m_text.replace(range, text, EditKind::Other);
+    return true;
+}
+
+bool PlainTextDelegate::canInsert(const QMimeData &transfer) const
+{
+    return transfer.hasText();
+}
+
+} // namespace Tessaline
