@@ -1,0 +1,52 @@
+#pragma once
+
+#include "documents/EditorAreaView.h"
+
+#include <QtWidgets/QWidget>
+
+namespace Tessaline {
+
+class FileBrowserView;
+class FramelessWindow;
+class ProjectsList;
+
+struct ContentViewParts {
+    Workspace &workspace;
+    ProjectsList &projects;
+    EditorArea &area;
+    AppPreferences &preferences;
+    const Theme &theme;
+    std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
+    FramelessWindow &window; // that the title row's buttons act on
+    QWidget *menuBar;        // is taken over
+};
+
+/// The content of the window: the sidebar under the menus, the document, and the column of the assistant. Files dropped
+/// anywhere on it are opened as the workspace says.
+class ContentView final : public QWidget
+{
+    Q_OBJECT
+public:
+    /// All parts must outlive the view.
+    explicit ContentView(ContentViewParts parts, QWidget *parent = nullptr);
+
+    FileBrowserView &sidebar() { return *m_sidebar; }
+    EditorAreaView &editorArea() { return *m_editorArea; }
+
+    /// Moves the focus to the column to the right (1) or left (-1) of the one that has it, round in a circle.
+    void focusColumn(int step);
+
+protected:
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    QWidget *makeSidebarColumn(const ContentViewParts &parts);
+
+    Workspace &m_workspace;
+    FileBrowserView *m_sidebar;
+    EditorAreaView *m_editorArea;
+    QList<QWidget *> m_columns; // from left to right
+};
+
+} // namespace Tessaline

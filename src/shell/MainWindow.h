@@ -1,0 +1,68 @@
+#pragma once
+
+#include "shell/ContentView.h"
+#include "shell/FramelessWindow.h"
+#include "shell/MainMenu.h"
+
+#include <QtCore/QPointer>
+#include <QtWidgets/QDialog>
+
+namespace Tessaline {
+
+class AppearanceSwitch;
+
+struct MainWindowParts {
+    Workspace &workspace;
+    ProjectsList &projects;
+    EditorArea &area;
+    AppPreferences &preferences;
+    EventCenter &events;
+    UpdateManager &updates;
+    AppearanceSwitch &appearance;
+    const Theme &theme;
+    std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
+};
+
+/// The one window. It does not close by itself: the wish to close it ends the application, which writes what is pending
+/// first.
+class MainWindow final : public FramelessWindow
+{
+    Q_OBJECT
+public:
+    static constexpr QSize kMinimumSize{1100, 600};
+    static constexpr QSize kGoodSize{1440, 900};
+
+    /// All parts must outlive the window.
+    explicit MainWindow(MainWindowParts parts);
+
+    /// The first appearance: restores the workspace and the appearance, and shows the window, as large as is good or,
+    /// where the screen has less room, maximized.
+    void open();
+    /// To the front, out of the task bar too.
+    void comeToFront();
+
+    MainMenu &menu() const { return *m_menu; }
+    ContentView &content() const { return *m_content; }
+
+Q_SIGNALS:
+    /// By its button, the menu, or the desktop.
+    void closeRequested();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void addFormatToolbar();
+    void connectMenu();
+    void addKeys();
+    void showDialog(QPointer<QDialog> &dialog, const std::function<QDialog *()> &make);
+
+    MainWindowParts m_parts;
+    MainMenu *m_menu;
+    ContentView *m_content;
+    QPointer<QDialog> m_settings;
+    QPointer<QDialog> m_shortcuts;
+    QPointer<QDialog> m_about;
+};
+
+} // namespace Tessaline
