@@ -1,6 +1,7 @@
 #include "editing/TextSearch.h"
 
 #include "editing/TextBoundaries.h"
+#include "foundation/CharacterBreaks.h"
 
 #include <QtCore/QStringMatcher>
 
@@ -22,26 +23,6 @@ struct Scope {
         return offset >= 0 && offset < window.size() ? window.at(offset) : text.at(position);
     }
 };
-
-/// Whether there is a boundary wherever two of these meet. Most units of most texts are so; the true rules are for the
-/// others.
-bool alwaysStandsAlone(QChar unit)
-{
-    const char16_t u = unit.unicode();
-    if (u < 0x300)
-        return u != u'\r' && u != u'\n';
-    const bool isHangul = (u >= 0x1100 && u < 0x1200) || (u >= 0xA960 && u < 0xA980) || (u >= 0xAC00 && u < 0xD800);
-    const bool joinsAsLetter = u == 0x0D4E || u == 0x0E33 || u == 0x0EB3;
-    switch (unit.category()) {
-    case QChar::Letter_Uppercase:
-    case QChar::Letter_Lowercase:
-    case QChar::Letter_Other:
-    case QChar::Punctuation_Other:
-        return !isHangul && !joinsAsLetter;
-    default:
-        return false;
-    }
-}
 
 bool isCharacterBoundary(const Scope &scope, qsizetype position)
 {
