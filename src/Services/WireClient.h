@@ -1,0 +1,104 @@
+#pragma once
+
+#include "Services/ChatRequestPayload.h"
+#include "Services/ConceptCard.h"
+#include "Services/LineSplitter.h"
+#include "Services/ServerAddress.h"
+#include "Services/StreamLine.h"
+
+#include <QCoro/QCoroTask>
+
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+#include <QtNetwork/QNetworkAccessManager>
+
+#include <chrono>
+#include <functional>
+#include <stop_token>
+#include <utility>
+#include <variant>
+
+namespace Tessaline {
+
+/// Why a request brought no answer.
+struct WireFailure {
+    enum class Kind {
+        Transport, // no connection, a broken one, no byte for too long, or a reply beyond all bounds
+        Status,    // an answer whose status is not exactly 200
+        Malformed, // a body that does not mean what it should
+        Stopped,   // ended on request; nothing of it is shown
+    };
+    Kind kind = Kind::Transport;
+    int status = -1;     // of Kind::Status: the HTTP status; -1 if the answer has none
+    QString description; // one sentence for the person at the screen, "Could not connect to the server." for instance
+    friend bool operator==(const WireFailure &, const WireFailure &) = default;
+};
+
+/// What a request brought, or why nothing. `Value` is std::monostate where only the end counts.
+template <class Value>
+class [[nodiscard]] WireResult
+{
+public:
+    WireResult() = default;
+    WireResult(Value value) : m_state(std::in_place_index<0>, std::move(value)) {}
+    WireResult(WireFailure failure) : m_state(std::in_place_index<1>, std::move(failure)) {}
+
+    explicit operator bool() const { return m_state.index() == 0; }
+    const Value &value() const { return std::get<0>(m_state); }
+    const WireFailure &failure() const { return std::get<1>(m_state); }
+
+private:
+    std::variant<Value, WireFailure> m_state;
+};
+
+struct WireOptions {
+    ServerAddress address;
+    // How long to wait for the next byte; not for the whole reply.
+    std::chrono::milliseconds healthTimeout{500};
+    std::chrono::milliseconds streamTimeout{std::chrono::seconds(600)};
+    std::chrono::milliseconds bodyTimeout{std::chrono::seconds(60)};
+    qsizetype longestReply = LineSplitter::kLongestLine; // bytes of a line of a stream, or of a whole body
+};
+
+/// The requests to the assistant's server, one operation each. They know no proxy, no cookies, no cache and no
+/// redirects, and every request is tried once.
+///
+/// Each operation starts at once, ends in its result and never throws. Several may run at the same time. A stop that is
+/// requested by `stop` closes the connection and ends the operation with WireFailure::Kind::Stopped, inside
+/// request_stop(); so does the end of this object. Every call, and every request to stop, is made on the thread of
+/// this object, which runs an event loop.
+class WireClient final : public QObject
+{
+    Q_OBJECT
+public:
+    explicit WireClient(WireOptions options = {}, QObject *parent = nullptr);
+    ~WireClient() override;
+
+    /// GET /health: whether the server answered 200.
+    QCoro::Task<bool> checkHealth(std::stop_token stop);
+
+    /// Called for each event of a stream in its order, between the waits of the operation. It may request the stop, and
+    /// is not called again then.
+    using EventSink = std::function<void(const StreamEvent &event)>;
+
+    /// POST /v1/chat/completions. Ends when the server closes the stream, for StreamPath::OneShot already at "[DONE]".
+    /// What the sink holds must live until the operation ends.
+    QCoro::Task<WireResult<std::monostate>> chat(ChatRequestPayload payload, StreamPath path, EventSink onEvent,
+                                                 std::stop_token stop);
+
+    /// POST /v1/suggest-context: topics for the text.
+    QCoro::Task<WireResult<QStringList>> suggestContext(QString content, std::stop_token stop);
+
+    /// POST /v1/expand-concept: cards for a word.
+    QCoro::Task<WireResult<ConceptExpansionResponse>> expandConcept(QString topic, std::stop_token stop);
+
+    /// POST /v1/digest-file: a summary of a file's text.
+    QCoro::Task<WireResult<QString>> digestFile(QString filename, QString content, std::stop_token stop);
+
+private:
+    WireOptions m_options;
+    QNetworkAccessManager m_network;
+    std::stop_source m_life; // stopped when this object goes
+};
+
+} // namespace Tessaline
