@@ -112,23 +112,28 @@ void EditorAreaView::present()
     m_toolbarLine->setVisible(active.has_value());
     m_formatToolbarPlace->setVisible(active && isMarkdown && m_formatToolbarPlace->layout()->count() > 0);
 
-    // 2. The editors of the file and the mode. Others make room first.
+    // 2. Editors of another file or mode make room first.
     const bool isReady = state == EditorAreaState::Ready;
     const ViewMode mode = m_parts.area.viewMode();
     if (m_host && (!isReady || !m_host->isFor(*active, mode)))
         dropEditors();
-    if (isReady && !m_host)
-        makeEditors(*active, mode);
 
-    // 3. Or what stands in for them.
+    // 3. What stands in for editors. It makes room before there are some.
     m_openingTimer.stop();
-    m_status->setVisible(state == EditorAreaState::None || state == EditorAreaState::Failed);
+    const bool isStatusNeeded = state == EditorAreaState::None || state == EditorAreaState::Failed;
+    if (!isStatusNeeded)
+        inheritFocus(*m_status);
+    m_status->setVisible(isStatusNeeded);
     if (state == EditorAreaState::None)
         m_status->setStatus(emptyStatus());
     else if (state == EditorAreaState::Failed)
         m_status->setStatus(failureStatus(*active, m_parts.area.loadErrorMessage()));
     else if (state == EditorAreaState::Loading)
         m_openingTimer.start();
+
+    // 4. The editors of the file and the mode.
+    if (isReady && !m_host)
+        makeEditors(*active, mode);
 }
 
 void EditorAreaView::presentOpening()
@@ -152,17 +157,15 @@ void EditorAreaView::makeEditors(const FileURL &url, ViewMode mode)
     connect(m_host, &EditorHost::currentChanged, this, &EditorAreaView::takeCurrentEditor);
     connect(m_host, &EditorHost::sourceRequested, this, [this] { chooseMode(ViewMode::RawMarkdown); });
     m_host->show();
+    m_layout->activate(); // within the first show of this view, as a quick read may end, the toolkit would do it later
     takeCurrentEditor();
     takePendingFocus();
 }
 
 void EditorAreaView::dropEditors()
 {
-    const QWidget *focus = window()->focusWidget();
-    if (focus && (m_host->isAncestorOf(focus) || m_findBar->isAncestorOf(focus))) {
-        m_wantsFocus = true; // the next editor goes on where this one was used
-        setFocus(Qt::OtherFocusReason);
-    }
+    inheritFocus(*m_host);
+    inheritFocus(*m_findBar);
     m_findBar->setTarget(nullptr);
     EditorHost *host = m_host;
     m_host = nullptr;
@@ -170,6 +173,16 @@ void EditorAreaView::dropEditors()
     host->hide();
     host->deleteLater(); // it may be the one that asked for another mode
     Q_EMIT currentEditorChanged();
+}
+
+/// The next editor goes on where a part that is about to go has been used.
+void EditorAreaView::inheritFocus(const QWidget &leaving)
+{
+    const QWidget *focus = window()->focusWidget();
+    if (!focus || !leaving.isAncestorOf(focus))
+        return;
+    m_wantsFocus = true;
+    setFocus(Qt::OtherFocusReason);
 }
 
 void EditorAreaView::takeCurrentEditor()

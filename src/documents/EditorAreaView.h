@@ -72,6 +72,7 @@ private:
     void presentSaveError();
     void makeEditors(const FileURL &url, ViewMode mode);
     void dropEditors();
+    void inheritFocus(const QWidget &leaving);
     void takeCurrentEditor();
     void chooseMode(ViewMode mode);
     void useStatusButton();

@@ -82,7 +82,13 @@ EditorHost::EditorHost(const FileURL &url, ViewMode mode, const EditorAreaViewPa
             editor->setFontSize(m_parts.preferences.editorFontSize());
     });
     if (m_editors.size() > 1)
-        connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { noteFocus(now); });
+        m_focusConnection =
+            connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { noteFocus(now); });
+}
+
+EditorHost::~EditorHost()
+{
+    disconnect(m_focusConnection); // the focus leaves the editors when QWidget deletes them, after the members here
 }
 
 QWidget *EditorHost::makePane(EditorKind kind, PanePlace place, QWidget *parent)

@@ -16,6 +16,7 @@ public:
 
     /// The parts must outlive the host; there must be a text for `url`.
     EditorHost(const FileURL &url, ViewMode mode, const EditorAreaViewParts &parts, QWidget *parent);
+    ~EditorHost() override;
 
     /// The name of an editor: the path and a suffix for the mode. A change of it makes a new editor.
     static QString identity(const FileURL &url, ViewMode mode, EditorKind kind);
@@ -40,6 +41,7 @@ private:
     const EditorAreaViewParts &m_parts;
     QList<DocumentEditor *> m_editors;
     DocumentEditor *m_current = nullptr;
+    QMetaObject::Connection m_focusConnection;
 };
 
 } // namespace Tessaline

@@ -32,6 +32,8 @@ protected:
                                     return new MarkdownEditor(m_theme, m_events, parent);
                                 }},
             &m_window);
+        if (m_viewFilter)
+            m_view->installEventFilter(m_viewFilter);
         m_window.resize(900, 600);
         auto *layout = new QVBoxLayout(&m_window);
         layout->addWidget(&m_elsewhere);
@@ -74,6 +76,7 @@ protected:
     }
 
     bool m_hasFormattedEditor = false; // a source editor stands in for it, to prove how two editors share a text
+    QObject *m_viewFilter = nullptr;   // sees the events of the view from its first show on
     Theme m_theme;
     QWidget m_window;
     QLineEdit m_elsewhere;

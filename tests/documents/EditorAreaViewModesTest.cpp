@@ -77,6 +77,18 @@ TEST_F(EditorAreaViewModesTest, TheCurrentEditorIsTheOneThatLastHadTheFocus)
     EXPECT_EQ(m_view->currentEditor(), editors().at(1));
 }
 
+TEST_F(EditorAreaViewModesTest, MayGoWhileOneOfTwoEditorsHasTheFocus)
+{
+    m_hasFormattedEditor = true;
+    m_preferences.setViewMode(ViewMode::Split);
+    showWith(m_a);
+    editors().at(1)->textView()->setFocus();
+
+    m_view.reset();
+
+    EXPECT_EQ(QApplication::focusWidget(), nullptr);
+}
+
 TEST_F(EditorAreaViewModesTest, WithoutAFormattedEditorItSaysSoAndOffersTheSource)
 {
     m_preferences.setViewMode(ViewMode::Editor);

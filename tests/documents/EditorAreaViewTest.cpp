@@ -14,6 +14,23 @@ using namespace Qt::StringLiterals;
 class EditorAreaViewTest : public EditorAreaViewFixture
 {};
 
+/// Runs something in the midst of the show of the widget that it filters.
+class OnShow final : public QObject
+{
+public:
+    explicit OnShow(std::function<void()> action) : m_action(std::move(action)) {}
+
+private:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show)
+            std::exchange(m_action, [] {})();
+        return false;
+    }
+
+    std::function<void()> m_action;
+};
+
 } // namespace
 
 TEST_F(EditorAreaViewTest, WithoutAFileItOffersANewDocument)
@@ -116,6 +133,20 @@ TEST_F(EditorAreaViewTest, AnOpenFileIsShownInItsEditor)
     ASSERT_EQ(editors().size(), 1);
     EXPECT_EQ(editorText(), u"text of a"_s);
     EXPECT_EQ(m_view->currentEditor(), editors().first());
+}
+
+TEST_F(EditorAreaViewTest, AFileThatIsThereWithinTheFirstShowHasItsPlaceAtOnce)
+{
+    m_area->loadFile(m_a, EditorArea::LoadPolicy::Force);
+    ASSERT_TRUE(eventually([&] { return m_area->hasText(m_a); }));
+    OnShow opening([&] { m_workspace.openFile(m_a); });
+    m_viewFilter = &opening;
+
+    show();
+
+    ASSERT_EQ(editors().size(), 1);
+    EXPECT_EQ(editors().first()->width(), m_view->width());
+    EXPECT_GT(editors().first()->height(), m_view->height() / 2);
 }
 
 TEST_F(EditorAreaViewTest, AFailedReloadKeepsTheEditor)
