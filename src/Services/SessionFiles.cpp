@@ -55,10 +55,9 @@ void SessionFiles::save(const FileURL &document, const SessionContents &contents
     const std::optional<FileURL> folder = directory(document);
     if (!folder)
         return;
-    Q_UNUSED(writePrivateFile(folder->appending(kChatHistory), encodeChatHistory(contents.chatMessages)));
-    Q_UNUSED(writePrivateFile(folder->appending(kContexts), encodeContexts(contents.attachedContexts)));
-    Q_UNUSED(
-        writePrivateFile(folder->appending(kMetadata), encodeSessionMetadata(document.path(), secondsSince1970(now)));
+    writePrivateFile(folder->appending(kChatHistory), encodeChatHistory(contents.chatMessages));
+    writePrivateFile(folder->appending(kContexts), encodeContexts(contents.attachedContexts));
+    writePrivateFile(folder->appending(kMetadata), encodeSessionMetadata(document.path(), secondsSince1970(now)));
 }
 
 SessionContents SessionFiles::load(const FileURL &document) const

@@ -16,6 +16,6 @@ bool makePrivateFolder(const FileURL &url);
 /// Gives the file these bytes and mode 0600, making it if it is missing. A plain write in place: another reader can see
 /// it half-way, and a crash can leave it cut off. Where it fails for want of permission or of space, the file is as it
 /// was. Only an ordinary file is written, or one that a link leads to.
-[[nodiscard]] bool writePrivateFile(const FileURL &url, QByteArrayView bytes);
+bool writePrivateFile(const FileURL &url, QByteArrayView bytes);
 
 } // namespace Tessaline
