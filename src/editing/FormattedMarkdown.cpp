@@ -1,13 +1,68 @@
 #include "editing/FormattedMarkdown.h"
 
+#include "editing/BlockStyle.h"
+#include "editing/Characters.h"
+#include "editing/MarkdownLines.h"
 #include "editing/MarkdownRendering.h"
 #include "editing/Paragraphs.h"
 #include "editing/TextDifference.h"
+
+#include <QCoroFuture>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <utility>
 
 namespace Tessaline {
+
+namespace {
+
+/// Where the next line begins behind `position`; -1 if that is the last one. Lines end with LF alone.
+qsizetype nextLine(const ChunkedText &text, qsizetype position)
+{
+    while (position < text.size()) {
+        const QStringView chunk = text.chunkFrom(position);
+        const qsizetype lineFeed = chunk.indexOf(u'\n');
+        if (lineFeed >= 0)
+            return position + lineFeed + 1;
+        position += chunk.size();
+    }
+    return -1;
+}
+
+/// Where the line begins that `position` stands in.
+qsizetype lineStart(const ChunkedText &text, qsizetype position)
+{
+    while (position > 0) {
+        const QStringView chunk = text.chunkUpTo(position);
+        const qsizetype lineFeed = chunk.lastIndexOf(u'\n');
+        position -= chunk.size();
+        if (lineFeed >= 0)
+            return position + lineFeed + 1;
+    }
+    return 0;
+}
+
+bool hasCarriageReturn(const ChunkedText &text)
+{
+    return std::ranges::any_of(text.chunks(), [](const QString &chunk) { return chunk.contains(u'\r'); });
+}
+
+bool hasFenceLine(QStringView lines)
+{
+    for (const QStringView line : lines.tokenize(u'\n')) {
+        if (MarkdownLines::isFenceLine(Characters::trimmed(line)))
+            return true;
+    }
+    return false;
+}
+
+bool isCode(const TextAttributes &attributes)
+{
+    return BlockStyle::read(attributes.blockStyle.view()).kind == BlockStyle::Kind::Code;
+}
+
+} // namespace
 
 FormattedMarkdown::Sum &FormattedMarkdown::Sum::operator+=(const Sum &other)
 {
@@ -40,12 +95,21 @@ FormattedMarkdown::FormattedMarkdown(EditableText &text, QObject *parent) : QObj
             followOwnChange(change);
     });
     connect(&m_text, &EditableText::edited, this, [this] { Q_EMIT edited(m_markdown, m_written); });
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(kRest);
+    connect(&m_rest, &QTimer::timeout, this, [this] { prepare(); });
+}
+
+FormattedMarkdown::~FormattedMarkdown()
+{
+    m_preparation.request_stop();
 }
 
 void FormattedMarkdown::open(const ChunkedText &markdown)
 {
     m_markdown = markdown;
     m_isNormal = false;
+    m_hasCarriageReturn = hasCarriageReturn(markdown);
     m_paragraphs.clear();
     // Part by part, so that what reading needs besides the text stays small.
     constexpr qsizetype kPart = 256 * 1024;
@@ -72,9 +136,46 @@ void FormattedMarkdown::open(const ChunkedText &markdown)
     endText(pending);
     take();
     m_paragraphs.reset(paragraphs);
+    markdownIsForeign();
     m_isReading = true;
     m_text.reset(std::move(document));
     m_isReading = false;
+}
+
+/// The Markdown is another one now, which was not written here.
+void FormattedMarkdown::markdownIsForeign()
+{
+    m_normalForm.reset();
+    m_preparation.request_stop();
+    if (m_markdown.size() >= kLeastPrepared)
+        m_rest.start();
+    else
+        m_rest.stop();
+}
+
+QCoro::Task<> FormattedMarkdown::prepare()
+{
+    m_preparation = std::stop_source();
+    const std::stop_token stop = m_preparation.get_token();
+    const std::shared_ptr<NormalForm> form = co_await QtConcurrent::run(normalFormOf, m_markdown, stop);
+    if (stop.stop_requested())
+        co_return; // the Markdown has changed, or the object is gone
+    m_normalForm = form;
+}
+
+/// Brings the Markdown into its normal form.
+TextChange FormattedMarkdown::takeNormalForm()
+{
+    m_rest.stop();
+    m_preparation.request_stop();
+    if (!m_normalForm)
+        m_normalForm = normalFormOf(m_markdown);
+    m_pieces = std::move(m_normalForm->pieces);
+    m_markdown = m_normalForm->markdown;
+    m_isNormal = true;
+    const TextChange change = m_normalForm->change;
+    m_normalForm.reset();
+    return change;
 }
 
 /// Reads `markdown`, which came about by `change`, from the start of a construct until what follows is as it was
@@ -158,16 +259,23 @@ bool FormattedMarkdown::isConstructStart(qsizetype source) const
     return place.before.source == source && m_paragraphs.at(place).source > 0;
 }
 
-/// The first paragraph of the construct before the one that `place` belongs to, or of that one if it is the first.
-FormattedMarkdown::Paragraphs::Place FormattedMarkdown::constructBefore(Paragraphs::Place place) const
+/// The first paragraph of the construct that the one at `place` belongs to.
+FormattedMarkdown::Paragraphs::Place FormattedMarkdown::constructAt(Paragraphs::Place place) const
 {
-    for (int constructs = 0; constructs < 2; ++constructs) {
-        while (m_paragraphs.at(place).source == 0 && m_paragraphs.retreat(place)) {
-        }
-        if (constructs == 0 && !m_paragraphs.retreat(place))
-            break;
+    while (m_paragraphs.at(place).source == 0 && m_paragraphs.retreat(place)) {
     }
     return place;
+}
+
+/// Where reading has to begin to see what a change in this construct means: one construct before, unless there is none,
+/// or it is a block of code, which ends with a line of its own whatever follows.
+FormattedMarkdown::Paragraphs::Place FormattedMarkdown::constructBefore(Paragraphs::Place place) const
+{
+    Paragraphs::Place before = constructAt(place);
+    place = before;
+    if (!m_paragraphs.retreat(before) || isCode(m_text.document().attributesAt(before.before.shown)))
+        return place;
+    return constructAt(before);
 }
 
 void FormattedMarkdown::replaceFromOutside(const ChunkedText &markdown)
@@ -179,9 +287,17 @@ void FormattedMarkdown::replaceFromOutside(const ChunkedText &markdown)
 
 void FormattedMarkdown::followEdit(const ChunkedText &markdown, const TextChange &change)
 {
+    m_hasCarriageReturn = m_hasCarriageReturn || markdown.sliced(change.location, change.inserted).contains(u'\r');
+    if (followEditOfCode(markdown, change)) {
+        m_markdown = markdown;
+        markdownIsForeign();
+        return;
+    }
     m_markdown = markdown;
+    markdownIsForeign();
     // What was written does not always read as what was shown, so all of it is read again, once.
     if (m_isNormal || m_paragraphs.isEmpty()) {
+        m_hasCarriageReturn = hasCarriageReturn(markdown);
         Reading reading = read(markdown, 0, {0, 0, markdown.size()});
         endText(reading);
         const AttributedText old = m_text.document().sliced({0, m_text.document().size()});
@@ -224,6 +340,66 @@ void FormattedMarkdown::followEdit(const ChunkedText &markdown, const TextChange
     const AttributedText old = m_text.document().sliced({shownStart, shownEnd - shownStart});
     m_paragraphs.replace(first, count, reading.paragraphs);
     exchangeShown(shownStart, old, reading.text);
+}
+
+/// FAST PATH: lines inside a block of code, of which any number may stand around them, are shown as they are, unit by
+/// unit; so those that changed are exchanged alone. False, and nothing is done, where the change might be more than
+/// that.
+bool FormattedMarkdown::followEditOfCode(const ChunkedText &markdown, const TextChange &change)
+{
+    if (m_isNormal || m_hasCarriageReturn || m_paragraphs.isEmpty())
+        return false;
+
+    // 1. The block of code, and where its body begins in the Markdown: behind the first line that is not blank.
+    const Paragraphs::Place code =
+        m_paragraphs.find([&change](const Sum &behind) { return behind.source > change.location; });
+    const Paragraph construct = m_paragraphs.at(code);
+    const qsizetype shownStart = code.before.shown;
+    const qsizetype sourceEnd = code.before.source + construct.source;
+    if (change.location >= sourceEnd || !isCode(m_text.document().attributesAt(shownStart)))
+        return false;
+    qsizetype body = code.before.source;
+    for (bool isBlank = true; isBlank && body >= 0;) {
+        const qsizetype start = body;
+        body = nextLine(m_markdown, start);
+        isBlank = body >= 0 && Characters::trimmed(m_markdown.sliced(start, body - start - 1)).isEmpty();
+    }
+
+    // 2. The lines that changed. They must be lines of the body that end with a line break, before and after.
+    const qsizetype start = lineStart(m_markdown, change.location);
+    const qsizetype end = nextLine(m_markdown, change.location + change.removed);
+    const bool isLast = sourceEnd == m_paragraphs.total().source;
+    const qsizetype shownEnd =
+        isLast ? m_text.document().size()
+               : m_paragraphs.find([sourceEnd](const Sum &behind) { return behind.source > sourceEnd; }).before.shown;
+    if (body < 0 || start < body || end < 0 || end - body > shownEnd - shownStart)
+        return false;
+    const qsizetype growth = change.inserted - change.removed;
+    const QString lines = markdown.sliced(start, end + growth - start);
+    if (hasFenceLine(lines))
+        return false;
+
+    // 3. They are exchanged, and the construct has grown.
+    const qsizetype shown = shownStart + start - body;
+    const TextRange range{shown, end - start};
+    TextAttributes attributes;
+    attributes.blockStyle = m_text.document().attributesAt(shownStart).blockStyle;
+    std::vector<Paragraph> fresh;
+    for (const TextRange &paragraph : Tessaline::Paragraphs::in(lines, {0, lines.size()}))
+        fresh.push_back({static_cast<quint32>(paragraph.length), 0});
+    Paragraph grown = construct;
+    grown.source = static_cast<quint32>(construct.source + growth);
+    m_paragraphs.set(code, grown);
+    const Paragraphs::Place first = m_paragraphs.find([shown](const Sum &behind) { return behind.shown > shown; });
+    fresh.front().source = m_paragraphs.at(first).source;
+    std::size_t count = 0;
+    Paragraphs::Place behind = first;
+    do
+        ++count;
+    while (m_paragraphs.advance(behind) && behind.before.shown < range.end());
+    m_paragraphs.replace(first, count, fresh);
+    exchangeShown(shown, m_text.document().sliced(range), AttributedText(lines, attributes));
+    return true;
 }
 
 /// The last block of a text has no line break. If nothing is left of it, it is no paragraph, and what it was read from
@@ -287,30 +463,11 @@ void FormattedMarkdown::followOwnChange(const TextChange &change)
     const qsizetype number = first.before.paragraphs;
     m_paragraphs.replace(first, count, fresh);
 
-    // 3. The Markdown.
-    if (!m_isNormal) {
-        m_written = writeAll();
-        return;
-    }
+    // 3. The Markdown. The first edit comes on top of the normal form of what was there before it.
+    const TextChange normalised = m_isNormal ? TextChange() : takeNormalForm();
     const MarkdownChange written = m_pieces.replace(number, static_cast<qsizetype>(count), records,
                                                     [this](qsizetype paragraph) { return recordOf(paragraph); });
-    m_written = m_markdown.replace(written.location, written.removed, written.inserted);
-}
-
-/// Brings the whole document into its normal form.
-TextChange FormattedMarkdown::writeAll()
-{
-    Paragraphs::Place place = m_paragraphs.first();
-    const QString normal = m_pieces.reset(m_paragraphs.count(), [&](qsizetype) {
-        const AttributedText text = m_text.document().sliced({place.before.shown, m_paragraphs.at(place).shown});
-        m_paragraphs.advance(place);
-        return paragraphRecord(text, {0, text.size()});
-    });
-    m_isNormal = true;
-    const ChunkedText markdown{normal};
-    const TextChange difference = differenceBetween(m_markdown, markdown);
-    m_markdown = markdown;
-    return difference;
+    m_written = inOne(normalised, m_markdown.replace(written.location, written.removed, written.inserted));
 }
 
 TextRange FormattedMarkdown::shownRange(qsizetype paragraph) const

@@ -31,27 +31,36 @@ MarkdownPieces::Sum &MarkdownPieces::Sum::operator-=(const Sum &other)
     return *this;
 }
 
-QString MarkdownPieces::reset(qsizetype count, const RecordSource &recordAt)
+QString MarkdownPieces::reset(const RecordStream &next)
 {
     m_pieces.clear();
     QString markdown;
     std::vector<Piece> pieces;
-    pieces.reserve(static_cast<size_t>(count));
     std::optional<Neighbour> before;
-    ParagraphRecord record = count > 0 ? recordAt(0) : ParagraphRecord();
-    for (qsizetype i = 0; i < count; ++i) {
-        ParagraphRecord next = i + 1 < count ? recordAt(i + 1) : ParagraphRecord();
-        const Neighbour paragraph = MarkdownPiece::follow(pointer(before), record.tag);
+    std::optional<ParagraphRecord> record = next();
+    while (record) {
+        std::optional<ParagraphRecord> behind = next();
+        const Neighbour paragraph = MarkdownPiece::follow(pointer(before), record->tag);
         const qsizetype start = markdown.size();
         markdown.append(MarkdownPiece::opening(pointer(before), paragraph));
-        MarkdownPiece::appendContent(paragraph, record.content, markdown);
-        markdown.append(MarkdownPiece::closing(record.tag, i + 1 < count ? &next.tag : nullptr));
+        MarkdownPiece::appendContent(paragraph, record->content, markdown);
+        markdown.append(MarkdownPiece::closing(record->tag, behind ? &behind->tag : nullptr));
         pieces.push_back(Piece(paragraph, markdown.size() - start));
         before = paragraph;
-        record = std::move(next);
+        record = std::move(behind);
     }
     m_pieces.reset(pieces);
     return markdown;
+}
+
+QString MarkdownPieces::reset(qsizetype count, const RecordSource &recordAt)
+{
+    qsizetype paragraph = 0;
+    return reset([&]() -> std::optional<ParagraphRecord> {
+        if (paragraph == count)
+            return std::nullopt;
+        return recordAt(paragraph++);
+    });
 }
 
 MarkdownChange MarkdownPieces::replace(qsizetype first, qsizetype removed, const QList<ParagraphRecord> &fresh,

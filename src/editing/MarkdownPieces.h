@@ -4,6 +4,7 @@
 #include "foundation/SummedList.h"
 
 #include <functional>
+#include <optional>
 
 namespace Tessaline {
 
@@ -26,7 +27,11 @@ public:
     /// Gives the record of a paragraph by its number.
     using RecordSource = std::function<ParagraphRecord(qsizetype paragraph)>;
 
-    /// Begins anew with a text of `count` paragraphs, and gives its Markdown.
+    /// Gives the records of all paragraphs one after the other, and then none.
+    using RecordStream = std::function<std::optional<ParagraphRecord>()>;
+
+    /// Begins anew with a text, given by its paragraphs or by their number and a source, and gives its Markdown.
+    QString reset(const RecordStream &next);
     QString reset(qsizetype count, const RecordSource &recordAt);
 
     /// `removed` paragraphs from `first` on gave way to `fresh`. Where rows behind them become a table's or cease to

@@ -5,6 +5,10 @@
 #include "tests/editing/AttributedTextPrinter.h"
 #include "tests/editing/GeneratedMarkdown.h"
 #include "tests/support/Printers.h"
+#include "tests/support/Waiting.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -36,6 +40,12 @@ protected:
 
     AttributedText shown() const { return m_text.document().sliced({0, m_text.document().size()}); }
     QString written() const { return m_owner.toString(); }
+
+    void editElsewhere(qsizetype location, qsizetype removed, QStringView text)
+    {
+        const TextChange change = m_owner.replace(location, removed, text);
+        m_markdown.followEdit(m_owner, change);
+    }
 
     EditableText m_text;
     FormattedMarkdown m_markdown{m_text};
@@ -127,6 +137,123 @@ TEST_F(FormattedMarkdownOf, ALargeDocumentIsReadInPartsAsIfInOne)
     }
 }
 
+TEST_F(FormattedMarkdownOf, TheNormalFormOfALargeDocumentIsMadeAheadAndWritesNothing)
+{
+    GeneratedMarkdown random(6);
+    open(random.document(12'000));
+    const ChunkedText markdown = m_owner;
+    ASSERT_GE(markdown.size(), FormattedMarkdown::kLeastPrepared);
+    ASSERT_FALSE(m_markdown.isPrepared());
+
+    ASSERT_TRUE(eventually([this] { return m_markdown.isPrepared(); }));
+
+    EXPECT_EQ(m_edits, 0);
+    EXPECT_EQ(m_markdown.markdown(), markdown);
+    m_text.replace({m_text.document().size() / 2, 0}, u"x", EditKind::Typing);
+    EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
+    m_text.undo();
+    EXPECT_EQ(written(), ChunkedText(serializeMarkdown(renderMarkdown(markdown.toString()))).toString());
+}
+
+TEST_F(FormattedMarkdownOf, AnEditBeforeTheNormalFormIsMadeWritesTheSame)
+{
+    GeneratedMarkdown random(6);
+    open(random.document(12'000));
+
+    m_text.replace({m_text.document().size() / 2, 0}, u"x", EditKind::Typing);
+
+    EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
+}
+
+TEST_F(FormattedMarkdownOf, AnEditFromElsewhereOutdatesTheNormalForm)
+{
+    GeneratedMarkdown random(6);
+    open(random.document(12'000));
+    ASSERT_TRUE(eventually([this] { return m_markdown.isPrepared(); }));
+
+    editElsewhere(0, 0, u"new\n\n");
+
+    EXPECT_FALSE(m_markdown.isPrepared());
+    m_text.replace({m_text.document().size(), 0}, u"x", EditKind::Typing);
+    EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
+    EXPECT_TRUE(written().startsWith(u"new\n\n"));
+}
+
+TEST_F(FormattedMarkdownOf, AnotherDocumentWhileTheNormalFormIsMadeForgetsIt)
+{
+    GeneratedMarkdown random(6);
+    open(random.document(12'000));
+    ASSERT_TRUE(eventually([this] { return m_markdown.isPrepared(); }));
+    open(random.document(11'000));
+    ASSERT_FALSE(m_markdown.isPrepared());
+
+    open(u"* small"_s);
+    QCoreApplication::processEvents();
+    m_text.replace({m_text.document().size(), 0}, u"!", EditKind::Typing);
+
+    EXPECT_EQ(written(), u"- small!"_s);
+}
+
+TEST_F(FormattedMarkdownOf, MayGoWhileTheNormalFormIsMade)
+{
+    GeneratedMarkdown random(6);
+    const ChunkedText markdown(random.document(12'000));
+    EditableText text;
+    auto formatted = std::make_unique<FormattedMarkdown>(text);
+    formatted->open(markdown);
+    const QThreadPool *workers = QThreadPool::globalInstance();
+    ASSERT_TRUE(eventually([&] { return workers->activeThreadCount() > 0 || formatted->isPrepared(); }));
+
+    formatted.reset();
+
+    EXPECT_TRUE(QThreadPool::globalInstance()->waitForDone());
+    QCoreApplication::processEvents();
+}
+
+/// What of the shown text has changed, all in all.
+class ShownChanges
+{
+public:
+    explicit ShownChanges(EditableText &text)
+    {
+        QObject::connect(&text, &EditableText::changed, &m_guard,
+                         [this](const TextChange &change) { m_changes.append(change); });
+    }
+    const QList<TextChange> &list() const { return m_changes; }
+
+private:
+    QObject m_guard;
+    QList<TextChange> m_changes;
+};
+
+TEST_F(FormattedMarkdownOf, AChangedLineOfCodeIsExchangedAlone)
+{
+    open(u"text\n\n```js\none\ntwo\nthree\n```\n\nend"_s);
+    const ShownChanges changes(m_text);
+
+    editElsewhere(17, 0, u"x"); // in "two"
+
+    EXPECT_EQ(changes.list(), (QList<TextChange>{{10, 0, 1}}));
+    EXPECT_EQ(shown(), renderMarkdown(m_owner.toString()));
+}
+
+TEST_F(FormattedMarkdownOf, LinesOfCodeComeAndGo)
+{
+    open(u"```\none\ntwo\nthree\nfour\n```\n\nend"_s);
+    for (const auto &[location, removed, inserted] :
+         {std::tuple<qsizetype, qsizetype, QString>{4, 0, u"zero\n"_s}, // before the first
+          {9, 4, u""_s},                                                // a whole line
+          {11, 1, u"\n\n\n"_s},
+          {4, 5, u"a\u2029b\u2028c"_s}, // separators of other kinds
+          {5, 1, u"\n"_s},
+          {10, 0, u"``"_s}, // no fence
+          {10, 0, u"`"_s},  // a fence
+          {10, 1, u""_s}}) {
+        editElsewhere(location, removed, inserted);
+        EXPECT_EQ(shown(), renderMarkdown(m_owner.toString())) << m_owner.toString().toStdString();
+    }
+}
+
 /// The place itself, or the one behind a surrogate pair that it would part: no change in a document parts one.
 qsizetype wholePair(const ChunkedText &text, qsizetype at)
 {
@@ -158,6 +285,40 @@ TEST_P(GeneratedFormattedEdits, FollowingTheMarkdownEqualsReadingAllOfIt)
             << before.toString().toStdString();
         ASSERT_EQ(formatted.markdown(), markdown);
     }
+}
+
+TEST_P(GeneratedFormattedEdits, FollowingInsideOfCodeEqualsReadingAllOfIt)
+{
+    GeneratedMarkdown random(static_cast<unsigned>(GetParam()));
+    const auto lines = [&random] {
+        QString code;
+        for (qsizetype i = random.below(12); i > 0; --i)
+            code += random.inlineNoise(random.below(3)).remove(u"```"_s) + (random.oneIn(60) ? u"\r\n"_s : u"\n"_s);
+        return code;
+    };
+    EditableText text;
+    FormattedMarkdown formatted(text);
+    ChunkedText markdown{random.document(random.below(3))};
+    for (int block = 0; block < 3; ++block)
+        markdown.replace(markdown.size(), 0,
+                         u"\n\n```js\n"_s + lines() + (block == 2 && random.oneIn(2) ? QString() : u"```\n"_s));
+    formatted.open(markdown);
+    for (int edit = 0; edit < 60; ++edit) {
+        const qsizetype location = wholePair(markdown, random.below(markdown.size() + 1));
+        const qsizetype reach = location + random.below(edit % 5 == 0 ? 30 : 3);
+        const qsizetype removed = wholePair(markdown, std::min(reach, markdown.size())) - location;
+        const QString piece = edit % 9 == 0 ? u"```\n"_s : edit % 3 == 0 ? lines() : random.inlineNoise(1);
+        const QString before = markdown.toString();
+        const TextChange change = markdown.replace(location, removed, piece);
+        formatted.followEdit(markdown, change);
+        ASSERT_EQ(text.document().sliced({0, text.document().size()}), renderMarkdown(markdown.toString()))
+            << "edit " << edit << " at " << location << " of\n"
+            << before.toStdString();
+    }
+    // What the paragraphs are known to be read from is still right.
+    text.replace({0, 0}, u"x", EditKind::Typing);
+    ASSERT_EQ(formatted.markdown(),
+              ChunkedText(serializeMarkdown(text.document().sliced({0, text.document().size()}))));
 }
 
 TEST_P(GeneratedFormattedEdits, WritingWhatAnEditTouchedEqualsWritingAllOfIt)
