@@ -4,18 +4,24 @@
 #include "foundation/Result.h"
 
 #include <QtCore/QByteArray>
-#include <QtCore/QProcessEnvironment>
+#include <QtCore/QMap>
 
 #include <functional>
 #include <memory>
 
 namespace Tessaline {
 
+/// The variables of a process by their names, in the bytes that the system has.
+using Environment = QMap<QByteArray, QByteArray>;
+
+/// This process's own. Main thread only.
+Environment ownEnvironment();
+
 /// What to start. The program gets no arguments, the environment as given, this process's working directory, nothing to
 /// read on its standard input, and one pipe for both of its outputs.
 struct ChildCommand {
     FileURL executable;
-    QProcessEnvironment environment;
+    Environment environment;
     /// Called on a thread of the child's own with what the program wrote, as it becomes available, in one piece of at
     /// most 64 KiB, one call after the other. It may still be called after the program has ended, until the
     /// ChildProcess is destroyed.
