@@ -7,7 +7,6 @@
 
 #include <QCoro/QCoroTask>
 #include <QtCore/QObject>
-#include <QtCore/QProcessEnvironment>
 
 #include <chrono>
 #include <functional>
@@ -19,7 +18,7 @@ namespace Tessaline {
 
 class Preferences;
 
-/// What supervising the server needs from outside. `ServerSupervisorParts::ofSystem` has the real ones.
+/// What supervising the server needs from outside.
 struct ServerSupervisorParts {
     const Preferences &preferences; // for the model; outlives the supervisor
     /// Whether the server answers that it is well. Tried about once a second; a stop ends it early.
@@ -29,7 +28,7 @@ struct ServerSupervisorParts {
 
     std::optional<FileURL> dataFolder; // where the log is kept; without it there is none
     QList<FileURL> candidates;         // where the server may be; the first that exists is started
-    QProcessEnvironment environment;   // what the server's environment is made from
+    Environment environment;           // what the server's environment is made from
     quint64 physicalMemoryBytes = 0;
     int activeProcessorCount = 1;
 
@@ -85,6 +84,7 @@ private:
     void launchServer();
     QCoro::Task<> pollHealth(std::shared_ptr<ChildProcess> process, std::stop_token stop);
     void noteTermination(const ChildProcess *process);
+    void cancelStartup();
     void dropProcess();
     void setServerRunning(bool isRunning);
     void setServerStatus(const QString &status);
