@@ -4,12 +4,15 @@
 #include "foundation/FileAccess.h"
 #include "foundation_ui/Theme.h"
 
+#include <QtCore/QEventLoop>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QTimer>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -104,26 +107,41 @@ void typeKey(benchmark::State &state, Pane::Kind kind)
         pane.type(++keys % 6 == 0 ? u' ' : u'x');
 }
 
-/// The first key in a formatted document, which writes all of it in its normal form.
-void typeFirstKey(benchmark::State &state)
+enum class FirstKey { AtOnce, AfterAMoment };
+
+/// The first key in a formatted document, which writes all of it in its normal form; that is made ahead if there is
+/// time.
+void typeFirstKey(benchmark::State &state, FirstKey when)
 {
+    constexpr std::chrono::milliseconds kMoment{1500};
     const ChunkedText text(document(state.range(0)));
     for (auto _ : state) {
         state.PauseTiming();
         Pane pane(Pane::Kind::Formatted);
         pane.open(text);
         pane.show();
+        if (when == FirstKey::AfterAMoment) {
+            QEventLoop loop;
+            QTimer::singleShot(kMoment, &loop, &QEventLoop::quit);
+            loop.exec();
+        }
         state.ResumeTiming();
         pane.type(u'x');
     }
 }
 
+QString blockOfCode(qsizetype size)
+{
+    const QString line = u"    return tableOf(month).row(day); // as it stood on the card\n"_s;
+    return u"Some text.\n\n```cpp\n"_s + line.repeated(size / line.size()) + u"```\n\nMore text.\n"_s;
+}
+
 /// A key in the source pane of a split view, shown in both.
-void typeInSplitView(benchmark::State &state)
+void typeInSplitView(benchmark::State &state, QString (*makeText)(qsizetype))
 {
     Pane source(Pane::Kind::Source);
     Pane formatted(Pane::Kind::Formatted);
-    const ChunkedText text(document(state.range(0)));
+    const ChunkedText text(makeText(state.range(0)));
     source.open(text);
     formatted.open(text);
     source.show();
@@ -157,8 +175,20 @@ BENCHMARK_CAPTURE(openDocument, formatted, Pane::Kind::Formatted)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(typeKey, source, Pane::Kind::Source)->Apply(sizesAndPlaces);
 BENCHMARK_CAPTURE(typeKey, formatted, Pane::Kind::Formatted)->Apply(sizesAndPlaces);
-BENCHMARK(typeInSplitView)->Apply(sizesAndPlaces);
-BENCHMARK(typeFirstKey)->Arg(1'000'000)->Arg(10'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(typeInSplitView, prose, document)->Apply(sizesAndPlaces);
+BENCHMARK_CAPTURE(typeInSplitView, code, blockOfCode)
+    ->Args({1'000'000, 50})
+    ->Args({10'000'000, 50})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(typeFirstKey, at_once, FirstKey::AtOnce)
+    ->Arg(1'000'000)
+    ->Arg(10'000'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(typeFirstKey, after_a_moment, FirstKey::AfterAMoment)
+    ->Arg(1'000'000)
+    ->Arg(10'000'000)
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
 {
