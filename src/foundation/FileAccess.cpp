@@ -20,9 +20,6 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr qsizetype kLargestFile = qsizetype(1)
-                                   << 30; // a file is kept whole in memory, more than once while it is read
-
 /// One sentence for what the system answered to a read or a write.
 Failure failureFromErrno(int error, FailureKind otherwise)
 {
@@ -249,7 +246,7 @@ Result<void> replaceFile(const FileURL &url, WriteContent writeContent)
 
 } // namespace
 
-Result<QByteArray> readBytes(const FileURL &url)
+Result<QByteArray> readBytes(const FileURL &url, qsizetype largest)
 {
     const Result<QByteArray> path = systemPath(url, FailureKind::NotReadable);
     if (!path)
@@ -265,15 +262,17 @@ Result<QByteArray> readBytes(const FileURL &url)
     if (!S_ISREG(status.st_mode))
         return Failure{FailureKind::NotReadable, u"It is not an ordinary file."_s};
 
-    const Failure tooLarge{FailureKind::NotReadable, u"The file is larger than 1 GB."_s};
-    if (status.st_size > kLargestFile)
+    const Failure tooLarge{FailureKind::NotReadable, largest == kLargestFile
+                                                         ? u"The file is larger than 1 GB."_s
+                                                         : u"The file is larger than %1 bytes."_s.arg(largest)};
+    if (status.st_size > largest)
         return tooLarge;
 
     // The size is a first guess only: the file may grow or shrink while it is read.
     QByteArray bytes(static_cast<qsizetype>(status.st_size) + 1, Qt::Uninitialized);
     qsizetype length = 0;
     for (;;) {
-        if (length > kLargestFile)
+        if (length > largest)
             return tooLarge;
         if (length == bytes.size())
             bytes.resize(bytes.size() * 2);

@@ -8,9 +8,12 @@
 
 namespace Tessaline {
 
-/// Reads the whole file. Fails with NotFound or NotReadable (which a folder is, a device, and a file larger than 1 GB).
-/// Blocks; safe from any thread.
-Result<QByteArray> readBytes(const FileURL &url);
+constexpr qsizetype kLargestFile = qsizetype(1)
+                                   << 30; // bytes; a file is held in memory, more than once while it is read
+
+/// Reads the whole file. Fails with NotFound or NotReadable (which a folder is, a device, and a file of more than
+/// `largest` bytes, which is not read to its end). Blocks; safe from any thread.
+Result<QByteArray> readBytes(const FileURL &url, qsizetype largest = kLargestFile);
 
 /// Replaces the file at `url` by these bytes so that a crash at any moment leaves the old file or the new one, whole: a
 /// new file in the same folder, flushed to the disk, renamed over the old one, and the folder flushed.
