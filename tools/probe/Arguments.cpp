@@ -60,6 +60,14 @@ qint64 Arguments::integer(const char *name) const
     return value.get<qint64>();
 }
 
+bool Arguments::flag(const char *name) const
+{
+    const Json &value = valueOf(name);
+    if (!value.is_boolean())
+        throw BadArgument('"' + std::string(name) + "\" is neither true nor false.");
+    return value.get<bool>();
+}
+
 const Json &Arguments::object(const char *name) const
 {
     const Json &value = valueOf(name);

@@ -29,6 +29,7 @@ public:
     double number(const char *name) const;
     /// A number without a fraction that fits 64 bits.
     qint64 integer(const char *name) const;
+    bool flag(const char *name) const;
     const Json &object(const char *name) const;
     const Json &list(const char *name) const;
 

@@ -5,7 +5,7 @@ namespace Tessaline::Probe {
 std::vector<Operation> allOperations()
 {
     std::vector<Operation> all;
-    for (const std::span<const Operation> module : {documentsOperations(), editingOperations()})
+    for (const std::span<const Operation> module : {documentsOperations(), editingOperations(), panelsOperations()})
         all.insert(all.end(), module.begin(), module.end());
     return all;
 }

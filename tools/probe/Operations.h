@@ -16,6 +16,7 @@ struct Operation {
 
 std::span<const Operation> documentsOperations();
 std::span<const Operation> editingOperations();
+std::span<const Operation> panelsOperations();
 
 /// Those of all modules.
 std::vector<Operation> allOperations();
