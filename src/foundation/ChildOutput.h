@@ -12,7 +12,8 @@ namespace Tessaline {
 class ChildDescriptor
 {
 public:
-    explicit ChildDescriptor(int number = -1) : m_number(number) {}
+    ChildDescriptor() = default;
+    explicit ChildDescriptor(int number) : m_number(number) {}
     ChildDescriptor(ChildDescriptor &&other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
     ChildDescriptor &operator=(ChildDescriptor &&other) noexcept
     {
@@ -26,7 +27,7 @@ public:
     void close();
 
 private:
-    int m_number;
+    int m_number = -1;
 };
 
 /// Reads the pipe that a child writes to, on a thread of its own, and hands over what it finds.

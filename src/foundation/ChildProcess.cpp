@@ -11,12 +11,16 @@
 #include <cstring>
 #include <fcntl.h>
 #include <optional>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
+
+// WORKAROUND: glibc 2.36 declares its functions here without saying that they are C.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace Tessaline {
 
