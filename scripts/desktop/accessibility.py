@@ -155,6 +155,10 @@ class Node:
         """The number of characters of a text area or field."""
         return self._property("Text", "CharacterCount")
 
+    def character_area(self, offset):
+        """Where one character of a text area stands: (x, y, width, height) on the screen."""
+        return self._call("Text", "GetCharacterExtents", GLib.Variant("(iu)", (offset, 0)))
+
     @property
     def has_size(self):
         _, _, width, height = self.area

@@ -47,7 +47,8 @@ WINDOW_MANAGER_CONFIGURATION = """<?xml version="1.0"?>
 # Characters whose key has another name than the character itself.
 KEY_NAMES = {" ": "space", "\n": "Return", "\t": "Tab", "-": "minus", "=": "equal", "+": "plus", ".": "period", ",": "comma",
              "/": "slash", "#": "numbersign", "*": "asterisk", "_": "underscore", "!": "exclam", "?": "question", ":": "colon",
-             ";": "semicolon", "(": "parenleft", ")": "parenright", "~": "asciitilde", "'": "apostrophe", '"': "quotedbl"}
+             ";": "semicolon", "(": "parenleft", ")": "parenright", "~": "asciitilde", "'": "apostrophe", '"': "quotedbl",
+             "|": "bar", "[": "bracketleft", "]": "bracketright", "`": "grave", "\\": "backslash", ">": "greater"}
 MODIFIERS = {"Ctrl": "Control_L", "Shift": "Shift_L", "Alt": "Alt_L"}
 
 
