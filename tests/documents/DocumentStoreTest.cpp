@@ -9,7 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <memory>
+#include <utility>
 
 namespace Tessaline {
 
@@ -81,34 +84,34 @@ TEST_F(DocumentStoreTest, TenChangesWithin100MillisecondsAreOneWriteOfTheLast300
     ASSERT_TRUE(eventually([&] { return !m_store->hasUnsavedText(m_a); }));
 
     ASSERT_EQ(m_disk.textsWritten(m_a), QList<QString>{u"change 10"_s});
-    const auto waited = m_disk.writes().constFirst().at - last;
-    EXPECT_GE(waited, 290ms);
-    EXPECT_LE(waited, 2s); // generous: the machine may be busy
+    EXPECT_GE(m_disk.writes().constFirst().at - last, 290ms);
     waitUntilEarlierDelaysHaveEnded();
     EXPECT_EQ(m_disk.textsWritten(m_a).size(), 1);
 }
 
 TEST_F(DocumentStoreTest, EveryChangeStartsTheDelayAnew)
 {
-    constexpr auto kDelay = 200ms;
+    constexpr auto kDelay = 300ms;
     store(kDelay);
-    QList<Clock::time_point> changes;
 
-    for (int i = 0; i < 20; ++i) {
-        changes.append(Clock::now());
-        m_store->scheduleSave(text(QString::number(i)), m_a);
-        QTest::qWait(25);
+    // On a busy machine two changes may come to lie further apart than the delay, which says nothing: then once more.
+    int writes = 0;
+    Clock::duration longestGap = kDelay;
+    for (int attempt = 0; attempt < 20 && longestGap > kDelay / 3; ++attempt) {
+        const qsizetype before = m_disk.writes().size();
+        longestGap = {};
+        Clock::time_point last = Clock::now();
+        for (int i = 0; i < 30; ++i) {
+            m_store->scheduleSave(text(QString::number(i)), m_a);
+            QTest::qWait(20);
+            longestGap = std::max(longestGap, Clock::now() - std::exchange(last, Clock::now()));
+        }
+        ASSERT_TRUE(eventually([&] { return !m_store->hasUnsavedText(m_a); }));
+        writes = static_cast<int>(m_disk.writes().size() - before);
     }
-    ASSERT_TRUE(eventually([&] { return !m_store->hasUnsavedText(m_a); }));
 
-    // On a busy machine two changes may lie further apart than the delay; what never happens is a write soon after a
-    // change.
-    const QList<ScriptedDisk::Write> writes = m_disk.writes();
-    for (const ScriptedDisk::Write &write : writes)
-        for (const Clock::time_point change : changes)
-            EXPECT_FALSE(change < write.at && write.at - change < kDelay - 10ms);
-    EXPECT_EQ(m_disk.text(m_a), u"19"_s);
-    EXPECT_LT(writes.size(), 10);
+    EXPECT_EQ(m_disk.text(m_a), u"29"_s);
+    EXPECT_EQ(writes, 1) << "the changes went on for twice the delay";
 }
 
 TEST_F(DocumentStoreTest, TwoFilesEditedInTurnHaveIndependentDelays)
@@ -117,7 +120,7 @@ TEST_F(DocumentStoreTest, TwoFilesEditedInTurnHaveIndependentDelays)
     m_store->scheduleSave(text(u"a"_s), m_a);
     const Clock::time_point lastOfA = Clock::now();
 
-    while (m_disk.textsWritten(m_a).isEmpty() && Clock::now() < lastOfA + 10s) {
+    while (m_disk.textsWritten(m_a).isEmpty() && Clock::now() < lastOfA + kPatience) {
         m_store->scheduleSave(text(u"b"_s), m_b); // would hold up a common delay for ever
         QTest::qWait(20);
     }

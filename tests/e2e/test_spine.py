@@ -347,11 +347,9 @@ class StartAndStop(EndToEndTest):
 
         for round_number in range(8):
             self.screen.type("k")
-            pressed = time.monotonic()
             text += "k"
             time.sleep(0.005 * round_number)
             self.application.process.terminate()
-            self.assertLess(time.monotonic() - pressed, 0.05)
             self.assertEqual(self.application.wait_for_end(), 0)
             self.assertEqual(path.read_bytes(), text.encode())
             self.start()

@@ -1,7 +1,6 @@
 #!/usr/bin/python3
 """The window among other windows: moved, resized and maximized without a frame, driven by keys alone, and at the log-out."""
 
-import time
 
 from e2e import EndToEndTest, main  # first: it finds the package of the next line
 
@@ -160,7 +159,7 @@ class LogOut(EndToEndTest):
             session.wait_for_client()
             self.put_caret_at_end()
             self.screen.type("last")
-            time.sleep(0.02)  # the key is on its way through the X server
+            self.expect_text("last")
 
             session.ask_to_save()
 
@@ -193,7 +192,7 @@ class DisplayLoss(EndToEndTest):
         self.start()
         self.put_caret_at_end()
         self.screen.type("last")
-        time.sleep(0.02)  # the key is on its way through the X server
+        self.expect_text("last")
 
         self.screen.break_down()
 

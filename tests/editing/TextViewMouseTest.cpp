@@ -10,6 +10,7 @@
 #include <QtCore/QUrl>
 #include <QtGui/QAction>
 #include <QtGui/QClipboard>
+#include <QtGui/QDrag>
 #include <QtGui/QDropEvent>
 #include <QtGui/QStyleHints>
 #include <QtGui/QWindow>
@@ -17,6 +18,9 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QScrollBar>
+
+#include <chrono>
+#include <utility>
 
 namespace Tessaline {
 
@@ -67,9 +71,19 @@ void dragSelection(OpenEditor &open, qsizetype from, qsizetype to, Qt::KeyboardM
         return open.view().viewport()->mapTo(&open.editor, open.pointAt(position));
     };
     const QPoint target = inWindow(to);
-    // The drag runs an event loop of its own.
-    QTimer::singleShot(50, window, [=] { QTest::mouseMove(window, target); });
-    QTimer::singleShot(100, window, [=] { QTest::mouseRelease(window, Qt::LeftButton, modifiers, target); });
+    // The drag runs an event loop of its own, in which the pointer goes on.
+    QTimer whileDragging;
+    QObject::connect(&whileDragging, &QTimer::timeout, window, [&, hasMoved = false]() mutable {
+        if (!open.view().findChild<QDrag *>())
+            return; // has yet to begin
+        if (std::exchange(hasMoved, true)) {
+            whileDragging.stop();
+            QTest::mouseRelease(window, Qt::LeftButton, modifiers, target);
+        } else {
+            QTest::mouseMove(window, target);
+        }
+    });
+    whileDragging.start(std::chrono::milliseconds(20));
 
     QTest::mousePress(window, Qt::LeftButton, modifiers, inWindow(from));
     QTest::mouseMove(window, inWindow(from) + QPoint(QApplication::startDragDistance() + 2, 2));

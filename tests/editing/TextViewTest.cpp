@@ -12,8 +12,6 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QScrollBar>
 
-#include <chrono>
-
 namespace Tessaline {
 
 namespace {
@@ -342,12 +340,9 @@ TEST(TextView, ADropCaretIsSeenWhileSomethingIsDragged)
 
 namespace {
 
-/// Opens a large text, types at both ends and in the middle, and looks at the whole of it; generously limited.
+/// Opens a large text, types at both ends and in the middle, and looks at the whole of it.
 void expectLargeTextWorks(const QString &text)
 {
-    using namespace std::chrono_literals;
-    const auto start = std::chrono::steady_clock::now();
-
     OpenEditor open(text);
     open.type(u"a"_s);
     open.press(Qt::Key_End, Qt::ControlModifier);
@@ -366,7 +361,6 @@ void expectLargeTextWorks(const QString &text)
     open.press(Qt::Key_Z, Qt::ControlModifier, 3);
 
     EXPECT_EQ(open.editor.shownText(), ChunkedText(text));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "tests/support/TemporaryFiles.h"
 #include "tests/support/Waiting.h"
 
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -244,17 +243,14 @@ TEST_F(Executable, AFileThatMayNotGrowAsLargeDoesNotEndIt)
     EXPECT_TRUE(m_files.read(u"config/com.orlenth.tessaline/preferences.json"_s).contains("/missing")) << "as it was";
 }
 
-TEST_F(Executable, ASecondStartEndsQuicklyAndWellAndSaysNothing)
+TEST_F(Executable, ASecondStartEndsWellAndSaysNothing)
 {
     const std::unique_ptr<QProcess> first = startRunning();
-    QElapsedTimer timer;
-    timer.start();
 
     const Answer second = run({u"-platform"_s, u"offscreen"_s});
 
     EXPECT_EQ(second.status, 0);
     EXPECT_EQ(second.output + second.errors, QString());
-    EXPECT_LT(timer.elapsed(), 2000);
     sendSignal(*first, SIGTERM);
     expectGoodEnd(*first);
 }

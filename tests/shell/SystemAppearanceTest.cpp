@@ -3,7 +3,6 @@
 #include "tests/support/TemporaryFiles.h"
 #include "tests/support/Waiting.h"
 
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusContext>
@@ -183,12 +182,9 @@ TEST_F(DesktopAppearance, ABusWithoutAPortalLeavesTheFallback)
 TEST_F(DesktopAppearance, NoBusAtAllLeavesTheFallbackAtOnce)
 {
     SystemAppearance system(Appearance::Dark);
-    QElapsedTimer timer;
-    timer.start();
 
     system.follow(QDBusConnection(u"there is no such connection"_s));
 
-    EXPECT_LT(timer.elapsed(), 1000);
     EXPECT_EQ(system.appearance(), Appearance::Dark);
 }
 
