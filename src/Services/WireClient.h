@@ -64,9 +64,9 @@ struct WireOptions {
 /// redirects, and every request is tried once.
 ///
 /// Each operation starts at once, ends in its result and never throws. Several may run at the same time. A stop that is
-/// requested by `stop` closes the connection and ends the operation with WireFailure::Kind::Stopped, inside
-/// request_stop(); so does the end of this object. Every call, and every request to stop, is made on the thread of
-/// this object, which runs an event loop.
+/// requested by `stop` closes the connection and ends the operation with WireFailure::Kind::Stopped (health: false)
+/// inside request_stop(), so that what awaits it has gone on when that returns; the end of this object does the same.
+/// Every call, and every request to stop, is made on the thread of this object, which runs an event loop.
 class WireClient final : public QObject
 {
     Q_OBJECT
@@ -77,8 +77,8 @@ public:
     /// GET /health: whether the server answered 200.
     QCoro::Task<bool> checkHealth(std::stop_token stop);
 
-    /// Called for each event of a stream in its order, between the waits of the operation. It may request the stop, and
-    /// is not called again then.
+    /// Called for each event of a stream in its order. It may request the stop of its operation: then it is not called
+    /// again, and the operation ends soon after it has returned, never inside. It must not destroy the client.
     using EventSink = std::function<void(const StreamEvent &event)>;
 
     /// POST /v1/chat/completions. Ends when the server closes the stream, for StreamPath::OneShot already at "[DONE]".
@@ -96,6 +96,8 @@ public:
     QCoro::Task<WireResult<QString>> digestFile(QString filename, QString content, std::stop_token stop);
 
 private:
+    QNetworkReply *post(QLatin1String path, const QByteArray &body, std::chrono::milliseconds timeout);
+
     WireOptions m_options;
     QNetworkAccessManager m_network;
     std::stop_source m_life; // stopped when this object goes
