@@ -3,7 +3,6 @@
 #include "MarkdownUI/ImageFlow.h"
 #include "MarkdownUI/TextStyle.h"
 
-#include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -18,11 +17,13 @@ enum class InlineStyle { Code, Emphasis, Strong, Strikethrough, Link };
 class AttributedString
 {
 public:
+    static constexpr qsizetype kNoStyles = -1;
+
     struct Run {
         qsizetype location = 0; // in UTF-16 units, as `length`; runs follow each other without gaps
         qsizetype length = 0;   // never 0
         MarkdownUIAttributes attributes;
-        qsizetype styles = -1;             // what `stylesOf` looks up; equal numbers stand for equal styles
+        qsizetype styles = kNoStyles;      // what `stylesOf` looks up; equal numbers stand for equal styles
         std::optional<RawImageData> image; // the run is then one U+FFFC, in the place of this image
         friend bool operator==(const Run &, const Run &) = default;
     };
@@ -36,8 +37,9 @@ public:
 
     // --- for renderers ---
 
-    /// The number of `style` inside the styles of the number `outer`, -1 if there are none outside.
-    qsizetype nested(qsizetype outer, InlineStyle style);
+    /// A number for `style` inside the styles of the number `outer`. Each call gives another number: whoever wants
+    /// maximal runs asks once for each pair.
+    qsizetype nest(qsizetype outer, InlineStyle style);
     /// Joins the text to the last run if it has the same looks. Nothing happens if it is empty.
     void append(QStringView text, const MarkdownUIAttributes &attributes, qsizetype styles);
     void appendImage(const RawImageData &image, const MarkdownUIAttributes &attributes);
@@ -47,19 +49,14 @@ public:
 private:
     /// Styles as a tree: a deep nesting costs one entry for each level, not one for each level in each run.
     struct Nesting {
-        qsizetype outer = -1;
+        qsizetype outer = kNoStyles;
         InlineStyle style = InlineStyle::Code;
         friend bool operator==(const Nesting &, const Nesting &) = default;
-        friend size_t qHash(const Nesting &nesting, size_t seed = 0) noexcept
-        {
-            return qHashMulti(seed, nesting.outer, static_cast<int>(nesting.style));
-        }
     };
 
     QString m_text;
     QList<Run> m_runs;
     QList<Nesting> m_nestings;
-    QHash<Nesting, qsizetype> m_numbers; // of m_nestings
 };
 
 } // namespace MarkdownUI

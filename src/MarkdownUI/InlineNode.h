@@ -81,7 +81,8 @@ private:
     Value m_value;
 };
 
-/// The texts, code and HTML in `nodes` at any depth, joined without a separator; breaks give nothing.
+/// The texts, code and HTML in `nodes` at any depth, joined without a separator. A soft break is a blank, a line break
+/// a line feed.
 QString plainText(const QList<InlineNode> &nodes);
 
 } // namespace MarkdownUI
