@@ -61,7 +61,7 @@ Excerpt bestExcerpt(QStringView content, const TokenSearch &tokens)
 {
     Excerpt best;
     for (const QStringView chunk : splitIntoChunks(content, kWindowSize, kWindowOverlap)) {
-        const qsizetype hits = tokens.isEmpty() ? 0 : tokens.hits(chunk.toString().toLower());
+        const qsizetype hits = tokens.isEmpty() ? 0 : tokens.hits(lowered(chunk));
         if (best.text.isNull() || hits > best.hits)
             best = {chunk, hits};
     }
@@ -133,7 +133,7 @@ private:
         const QString path = m_project.relativePath(url).value_or(url.lastPathComponent());
         const Excerpt excerpt = bestExcerpt(text, m_tokens);
         const qsizetype score =
-            m_tokens.hits(path.toLower()) * kPathWeight + excerpt.hits + (isReadme(url) ? kReadmeBonus : 0);
+            m_tokens.hits(lowered(path)) * kPathWeight + excerpt.hits + (isReadme(url) ? kReadmeBonus : 0);
         if (score > 0)
             m_ranked.append({path, excerpt.text.toString(), score});
     }
@@ -176,7 +176,7 @@ QList<ContextItem> rankFiles(const QString &query, const FileURL &root, const st
 
 QStringList queryTokens(const QString &query)
 {
-    const QString text = query.toLower();
+    const QString text = lowered(query);
     const CharacterBreaks breaks(text);
     QStringList kept;
     qsizetype begin = 0;  // of the run

@@ -72,7 +72,7 @@ CharacterBreaks::Rules &CharacterBreaks::rules() const
     return *m_rules;
 }
 
-qsizetype CharacterBreaks::following(qsizetype position) const
+qsizetype CharacterBreaks::followingByRules(qsizetype position) const
 {
     if (position + 1 >= m_text.size())
         return m_text.size();

@@ -236,7 +236,7 @@ TEST(RankFiles, KeepsToWholeFilesWhileTheyAreReplacedAndRemoved)
                 QFile::remove(files.url(u"restless.md"_s).path());
         }
     });
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < 100; ++round) {
         const QList<ContextItem> items = rankFiles(u"tide"_s, files.folder(), std::nullopt, 6);
         EXPECT_TRUE(names(items).contains(u"steady.md"_s));
         for (const ContextItem &item : items)

@@ -1,7 +1,7 @@
 #include "Services/WorkspaceContextBuilder.h"
 
-#include "foundation/CharacterBreaks.h"
 #include "Services/TokenSearch.h"
+#include "tests/Services/PlainExcerpts.h"
 #include "tests/support/TemporaryFiles.h"
 
 #include <gtest/gtest.h>
@@ -22,36 +22,6 @@ QStringList chunks(const QString &text, qint64 size, qint64 overlap)
     return chunks;
 }
 
-QStringList charactersOf(const QString &text)
-{
-    const CharacterBreaks breaks(text);
-    QStringList characters;
-    for (qsizetype begin = 0, end = 0; begin < text.size(); begin = end) {
-        end = breaks.following(begin);
-        characters.append(text.sliced(begin, end - begin));
-    }
-    return characters;
-}
-
-/// The rule in its plainest form.
-QStringList plainChunks(const QString &text, qint64 size, qint64 overlap)
-{
-    if (size <= 0)
-        return {};
-    const QStringList characters = charactersOf(text);
-    if (characters.size() <= size)
-        return {text};
-    const qint64 stride = std::max<qint64>(size - std::min(overlap, size - 1), 1);
-    QStringList chunks;
-    for (qint64 at = 0; at < characters.size(); at += stride) {
-        const qint64 end = std::min<qint64>(at + size, characters.size());
-        chunks.append(characters.sliced(at, end - at).join(QString()));
-        if (end == characters.size())
-            break;
-    }
-    return chunks;
-}
-
 QString numberedWords(int first, int last)
 {
     QString text;
@@ -61,6 +31,20 @@ QString numberedWords(int first, int last)
 }
 
 } // namespace
+
+// --- lowered --------------------------------------------------------------------------------------------------------
+
+TEST(Lowered, IsTheLowerCaseOfEveryLetter)
+{
+    for (char32_t first = 0; first < 0x10000; first += 16) { // of the first plane
+        QString text;
+        for (char32_t codePoint = first; codePoint < first + 16; ++codePoint)
+            text.append(QChar(codePoint));
+        ASSERT_EQ(lowered(text), text.toLower()) << std::hex << uint32_t(first);
+    }
+    EXPECT_EQ(lowered(u"A\U00010400İB"_s), u"a\U00010428i\u0307b"_s);
+    EXPECT_EQ(lowered(QString()), QString());
+}
 
 // --- queryTokens ---------------------------------------------------------------------------------------------------
 
@@ -156,10 +140,8 @@ TEST(TokenHits, AreThoseOfCuttingTheTextAtEachToken)
             tokens.append(generated(6));
         tokens.removeDuplicates();
         const QString text = generated(60);
-        qsizetype pieces = 0;
-        for (const QString &token : tokens)
-            pieces += text.split(token).size() - 1;
-        ASSERT_EQ(tokenHits(tokens, text), pieces) << text.toStdString() << " " << tokens.join(u' ').toStdString();
+        ASSERT_EQ(tokenHits(tokens, text), PlainExcerpts::tokenHits(tokens, text))
+            << text.toStdString() << " " << tokens.join(u' ').toStdString();
     }
 }
 
@@ -218,7 +200,7 @@ TEST(SplitIntoChunks, GivesWhatThePlainRuleGives)
             text += pieces[random() % std::size(pieces)];
         const qint64 size = qint64(random() % 8);
         const qint64 overlap = qint64(random() % 12) - 3;
-        ASSERT_EQ(chunks(text, size, overlap), plainChunks(text, size, overlap))
+        ASSERT_EQ(chunks(text, size, overlap), PlainExcerpts::splitIntoChunks(text, size, overlap))
             << text.toStdString() << " " << size << " " << overlap;
     }
 }
