@@ -83,10 +83,15 @@ QCoro::Task<> ContextSuggestions::fetch(QString text, std::optional<FileURL> doc
     const auto suggestions = co_await m_wire.suggestContext(std::move(text), stop);
     if (life.stop_requested())
         co_return;
-    if (suggestions)
+    if (suggestions) {
         applySuggestions(document, suggestions.value());
-    else if (suggestions.failure().kind != WireFailure::Kind::Status)
-        printConsoleLine(u"Failed to fetch suggestions: "_s + suggestions.failure().description);
+        co_return;
+    }
+    const WireFailure &failure = suggestions.failure();
+    if (failure.kind == WireFailure::Kind::Stopped)
+        printConsoleLine(u"Failed to fetch suggestions: The request was cancelled."_s);
+    else if (failure.kind != WireFailure::Kind::Status)
+        printConsoleLine(u"Failed to fetch suggestions: "_s + failure.description);
 }
 
 /// An answer may come after the person has moved on; it counts only if it still belongs.
