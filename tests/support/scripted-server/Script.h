@@ -22,8 +22,8 @@
 /// | `record`      | a folder (made if missing) for what happened; see below                                        |
 /// | `listenAfter` | how long it waits before it opens the port                                                     |
 /// | `linger`      | how long it goes on after SIGTERM, which then ends it with status 0; -1 for ever               |
-/// | `output`      | list of `{"text" or "hex", "after", "to"}`: what it writes at its start, one write each; `to`  |
-/// |               | is "stdout" (default) or "stderr"                                                              |
+/// | `output`      | list of `{"text" or "hex", "after", "to"}`: what it writes, one write each, so long after the  |
+/// |               | one before has been read; `to` is "stdout" (default) or "stderr"                               |
 /// | `exit`        | `{"after", "code" or "signal"}`: it ends by itself                                             |
 /// | `replies`     | object from a path ("/health") to a list of replies: the n-th request to the path gets the     |
 /// |               | n-th reply, and the last one is used for all others; "*" is for paths without a list           |

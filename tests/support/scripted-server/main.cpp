@@ -13,6 +13,7 @@
 #include <iterator>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -49,6 +50,8 @@ void postponeTermination(Milliseconds linger)
 
 void writeOutput(const Output &output)
 {
+    for (int unread = 0; ioctl(output.descriptor, FIONREAD, &unread) == 0 && unread > 0;)
+        std::this_thread::sleep_for(Milliseconds(1));
     std::this_thread::sleep_for(output.after);
     for (std::size_t written = 0; written < output.bytes.size();) {
         const ssize_t count = write(output.descriptor, output.bytes.data() + written, output.bytes.size() - written);
