@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace Tessaline {
 
 namespace {
@@ -239,18 +241,30 @@ TEST_F(FormattedMarkdownOf, AChangedLineOfCodeIsExchangedAlone)
 
 TEST_F(FormattedMarkdownOf, LinesOfCodeComeAndGo)
 {
-    open(u"```\none\ntwo\nthree\nfour\n```\n\nend"_s);
-    for (const auto &[location, removed, inserted] :
-         {std::tuple<qsizetype, qsizetype, QString>{4, 0, u"zero\n"_s}, // before the first
-          {9, 4, u""_s},                                                // a whole line
-          {11, 1, u"\n\n\n"_s},
-          {4, 5, u"a\u2029b\u2028c"_s}, // separators of other kinds
-          {5, 1, u"\n"_s},
-          {10, 0, u"``"_s}, // no fence
-          {10, 0, u"`"_s},  // a fence
-          {10, 1, u""_s}}) {
+    const QString markdown = u"text\n\n```\none\ntwo\nthree\n```\n\nend"_s; // "one" at 10, "```" at 24
+    for (const auto &[location, removed, inserted] : {std::tuple<qsizetype, qsizetype, QString>{10, 0, u"zero\n"_s},
+                                                      {14, 4, u""_s},
+                                                      {15, 1, u"\n\n\n"_s},
+                                                      {14, 3, u"a\u2029b\u2028c"_s},
+                                                      {10, 14, u""_s}, // all of them
+                                                      {13, 1, u""_s},
+                                                      {14, 3, u"``"_s},
+                                                      {14, 3, u"```"_s},
+                                                      {14, 0, u"x\n  ```y\n"_s},
+                                                      {13, 5, u"\r"_s},
+                                                      {9, 1, u""_s},    // the first joins the opening line
+                                                      {23, 1, u""_s},   // the last joins the closing one
+                                                      {24, 1, u""_s},   // there is none any more
+                                                      {6, 1, u""_s},    // nor an opening one
+                                                      {8, 5, u"`\n"_s}, // another opening line
+                                                      {6, 22, u"x"_s}}) {
+        open(markdown);
         editElsewhere(location, removed, inserted);
-        EXPECT_EQ(shown(), renderMarkdown(m_owner.toString())) << m_owner.toString().toStdString();
+        EXPECT_EQ(shown(), renderMarkdown(m_owner.toString())) << location;
+        // What the paragraphs are known to be read from still holds.
+        editElsewhere(m_owner.size() - 1, 0, u"x");
+        editElsewhere(std::min<qsizetype>(14, m_owner.size()), 0, u"y");
+        EXPECT_EQ(shown(), renderMarkdown(m_owner.toString())) << location;
     }
 }
 
