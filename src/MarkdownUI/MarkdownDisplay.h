@@ -1,0 +1,192 @@
+#pragma once
+
+#include "MarkdownUI/BlockBox.h"
+#include "MarkdownUI/BlockOutline.h"
+#include "MarkdownUI/GrowingContent.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QPointF>
+
+#include <compare>
+#include <memory>
+#include <vector>
+
+class QPainter;
+
+namespace MarkdownUI {
+
+class PictureStore;
+
+/// A place in the text of a display: before the unit `offset` of a leaf.
+struct DisplayPosition {
+    qsizetype leaf = 0;
+    qsizetype offset = 0; // UTF-16 units
+    friend auto operator<=>(const DisplayPosition &, const DisplayPosition &) = default;
+};
+
+/// A stretch of text, `start` not behind `end`.
+struct DisplayRange {
+    DisplayPosition start;
+    DisplayPosition end;
+    bool isEmpty() const { return start == end; }
+    friend bool operator==(const DisplayRange &, const DisplayRange &) = default;
+};
+
+/// A link or a button of a display.
+struct TargetPlace {
+    qsizetype leaf = -1;
+    int index = -1; // of the leaf's targets
+    bool isValid() const { return leaf >= 0; }
+    friend bool operator==(const TargetPlace &, const TargetPlace &) = default;
+};
+
+/// What may differ from one painting of a display to the next.
+struct DisplayPaint {
+    DisplayRange selection;
+    QColor selectionColor;
+    TargetPlace hovered;
+    TargetPlace focused;  // is drawn with a ring around
+    TargetPlace finished; // a button that has done its work
+    qsizetype hoveredLeaf = -1;
+    QColor focusColor;
+};
+
+/// A Markdown text as a column of laid-out blocks of a width, without a widget: a view paints it, and so does a list of
+/// many of them. Only what is asked for is laid out. The heights of all other blocks are guesses, which become right
+/// when they are laid out; who scrolls holds on to an `Anchor`, not to a height.
+///
+/// A text that grows costs what was added to it: blocks that did not change keep their laid-out form, inside of lists,
+/// quotes and tables too. Coordinates are points from the top left corner. Main thread only.
+class MarkdownDisplay final : public QObject
+{
+    Q_OBJECT
+public:
+    explicit MarkdownDisplay(QObject *parent = nullptr);
+    ~MarkdownDisplay() override;
+
+    /// Everything is laid out anew.
+    void setEnvironment(DisplayEnvironment environment);
+    const DisplayEnvironment &environment() const { return m_environment; }
+
+    /// Shows a text. When it has only grown since the last call, little is read and laid out.
+    void setMarkdown(const QString &markdown);
+    /// Shows blocks from elsewhere.
+    void setContent(const MarkdownContent &content);
+
+    void setWidth(int width);
+    int width() const { return m_width; }
+    int height() const; // a guess as far as blocks are not laid out
+
+    /// Lays out what lies between two heights; from then on that is exact, and heights above `top` have not changed.
+    void prepare(int top, int bottom);
+    void layOutAll();
+    /// Frees what is laid out outside of two heights. Heights that are known stay so.
+    void keepOnly(int top, int bottom);
+
+    /// A place that stays with its block while heights change.
+    struct Anchor {
+        qsizetype leaf = 0;
+        int offset = 0; // points below the top of the leaf
+        friend bool operator==(const Anchor &, const Anchor &) = default;
+    };
+    Anchor anchorAt(int y) const;
+    int yOf(const Anchor &anchor) const;
+
+    /// Paints what touches `clip`, with the top left corner at `origin`; both in the painter's coordinates.
+    void paint(QPainter &painter, QPointF origin, const QRectF &clip, const DisplayPaint &paint);
+
+    // Leaves: paragraphs, rows of tables, blocks of code, from top to bottom
+    qsizetype leafCount() const { return static_cast<qsizetype>(m_leaves.size()); }
+    const OutlineLeaf &leaf(qsizetype index) const { return leafAt(index).outline; }
+    /// The containers around a leaf, the innermost first.
+    std::vector<const OutlineContainer *> containersOf(qsizetype leaf) const;
+    /// Whether the leaf is the first of a container that `containersOf` gave for it.
+    bool isFirstOf(qsizetype leaf, const OutlineContainer &container) const;
+    QRectF leafRect(qsizetype index) const; // without the padding above
+    qsizetype leafAtY(double y) const;      // the one above a gap; -1 without any leaf
+    QString leafText(qsizetype index) const;
+    /// The laid-out leaf.
+    const BlockBox &box(qsizetype index);
+
+    // Text
+    DisplayPosition positionAt(QPointF point);
+    bool isOverText(QPointF point);
+    QRectF caretRect(DisplayPosition position);
+    DisplayPosition endPosition() const;
+    /// `position` where it is in the text, the nearest place where it is not.
+    DisplayPosition clamped(DisplayPosition position) const;
+
+    // Links and buttons
+    TargetPlace targetAt(QPointF point);
+    /// The target of a place that exists, with its rectangles in the display.
+    BlockTarget target(const TargetPlace &place);
+    int targetCount(qsizetype leaf) const;
+    /// The target before or behind a place, or the last or first if the place is not valid; not valid if there is none.
+    TargetPlace nextTarget(const TargetPlace &place) const;
+    TargetPlace previousTarget(const TargetPlace &place) const;
+
+    /// Moves the block at a point sideways, to the right if positive; false if it cannot be moved that way.
+    bool scrollSideways(QPointF point, double points);
+    /// Moves a block sideways so that a rectangle of the display is seen, as far as that is a question of sideways.
+    void showSideways(qsizetype leaf, const QRectF &rect);
+
+Q_SIGNALS:
+    /// The text is another one, or stands elsewhere: a new content or width, or a picture that has come. Not emitted
+    /// for guesses that became right.
+    void changed();
+
+private:
+    struct Leaf {
+        OutlineLeaf outline;
+        qsizetype block = 0;
+        std::unique_ptr<BlockBox> box; // while it is laid out
+        int boxWidth = 0;
+        int boxRevision = 0; // of the table
+        int padding = 0;     // above it
+        int height = 0;
+        bool isExact = false;
+        double sideways = 0;
+        mutable int targetCount = -1; // not known
+    };
+    struct Place { // of a container or of a whole block
+        int x = 0;
+        int width = 0;
+        bool isShown = false;
+        int shownParent = -1;
+    };
+    struct Block {
+        BlockNode source; // as it was given
+        std::vector<OutlineContainer> containers;
+        std::vector<Place> places; // of the containers
+        BlockMargin margin;
+        qsizetype firstLeaf = 0;
+        qsizetype leafCount = 0;
+    };
+
+    const Leaf &leafAt(qsizetype index) const { return m_leaves[static_cast<size_t>(index)]; }
+    Leaf &leafAt(qsizetype index) { return m_leaves[static_cast<size_t>(index)]; }
+    void setBlocks(const QList<BlockNode> &blocks, qsizetype firstChanged);
+    void appendBlock(const BlockNode &source, std::vector<Leaf> &old, qsizetype oldFirst);
+    void reuse(Leaf &leaf, Leaf &old);
+    void placeContainers(Block &block) const;
+    Place placeOf(const Leaf &leaf) const;
+    void guess(Leaf &leaf) const;
+    void guessAll();
+    void layOut(qsizetype index);
+    void forgetPictures();
+    int topOf(qsizetype index) const; // of the padding above the leaf
+    void paintContainers(QPainter &painter, QPointF origin, qsizetype leaf,
+                         std::vector<const OutlineContainer *> &done);
+    Tessaline::TextRange selectionIn(const DisplayRange &selection, qsizetype leaf) const;
+
+    DisplayEnvironment m_environment;
+    std::unique_ptr<PictureStore> m_pictures;
+    GrowingContent m_growing;
+    std::vector<Block> m_blocks;
+    std::vector<Leaf> m_leaves;
+    int m_width = 600;
+    mutable std::vector<int> m_tops; // one more than there are leaves
+    mutable size_t m_validTops = 0;  // how many of them are right
+};
+
+} // namespace MarkdownUI
