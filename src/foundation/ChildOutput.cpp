@@ -8,13 +8,7 @@
 
 namespace Tessaline {
 
-void ChildDescriptor::close()
-{
-    if (m_number != -1)
-        ::close(std::exchange(m_number, -1));
-}
-
-ChildOutput::ChildOutput(ChildDescriptor pipe, Handler handler)
+ChildOutput::ChildOutput(Descriptor pipe, Handler handler)
     : m_pipe(std::move(pipe)), m_wake(eventfd(0, EFD_CLOEXEC)), m_handler(std::move(handler)),
       m_thread([this] { run(); })
 {}

@@ -1,34 +1,13 @@
 #pragma once
 
+#include "foundation/Descriptor.h"
+
 #include <QtCore/QByteArray>
 
 #include <functional>
 #include <thread>
-#include <utility>
 
 namespace Tessaline {
-
-/// An open file of the system, closed with this object; -1 for none.
-class ChildDescriptor
-{
-public:
-    ChildDescriptor() = default;
-    explicit ChildDescriptor(int number) : m_number(number) {}
-    ChildDescriptor(ChildDescriptor &&other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    ChildDescriptor &operator=(ChildDescriptor &&other) noexcept
-    {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-    ~ChildDescriptor() { close(); }
-
-    int number() const { return m_number; }
-    bool isOpen() const { return m_number != -1; }
-    void close();
-
-private:
-    int m_number = -1;
-};
 
 /// Reads the pipe that a child writes to, on a thread of its own, and hands over what it finds.
 class ChildOutput
@@ -38,7 +17,7 @@ public:
     static constexpr int kLargestPiece = 65536; // bytes; what a pipe holds
 
     /// `handler` is called on the reading thread, until the pipe has ended or this object is destroyed.
-    ChildOutput(ChildDescriptor pipe, Handler handler);
+    ChildOutput(Descriptor pipe, Handler handler);
     /// Hands over what is in the pipe by now, and waits for that.
     ~ChildOutput();
     ChildOutput(const ChildOutput &) = delete;
@@ -49,8 +28,8 @@ private:
     qsizetype handOver(); // one piece; its size, 0 at the end of the pipe
     void handOverTheRest();
 
-    ChildDescriptor m_pipe;
-    ChildDescriptor m_wake; // readable when the thread shall end
+    Descriptor m_pipe;
+    Descriptor m_wake; // readable when the thread shall end
     Handler m_handler;
     std::thread m_thread;
 };

@@ -90,8 +90,8 @@ pid_t giveBirth(const Birth &birth)
 }
 
 struct Pipe {
-    ChildDescriptor readEnd;
-    ChildDescriptor writeEnd;
+    Descriptor readEnd;
+    Descriptor writeEnd;
 };
 
 Pipe makePipe()
@@ -99,11 +99,11 @@ Pipe makePipe()
     std::array<int, 2> ends{-1, -1};
     if (pipe2(ends.data(), O_CLOEXEC) != 0)
         return {};
-    return {ChildDescriptor(ends[0]), ChildDescriptor(ends[1])};
+    return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
 /// The error with which the program could not be started; 0 if it was.
-int reportedError(const ChildDescriptor &report)
+int reportedError(const Descriptor &report)
 {
     int error = 0;
     ssize_t count = 0;
@@ -122,7 +122,7 @@ Failure launchFailure(const FileURL &executable, int error)
 class RunningChild final : public ChildProcess
 {
 public:
-    RunningChild(pid_t child, ChildDescriptor end, std::unique_ptr<ChildOutput> output)
+    RunningChild(pid_t child, Descriptor end, std::unique_ptr<ChildOutput> output)
         : m_child(child), m_end(std::move(end)), m_output(std::move(output)),
           m_notifier(m_end.number(), QSocketNotifier::Read)
     {
@@ -173,7 +173,7 @@ private:
 
     pid_t m_child;
     mutable std::optional<int> m_status; // once it has ended
-    ChildDescriptor m_end;               // readable when it has
+    Descriptor m_end;                    // readable when it has
     std::unique_ptr<ChildOutput> m_output;
     QSocketNotifier m_notifier;
     std::function<void()> m_handler;
@@ -206,7 +206,7 @@ Result<std::shared_ptr<ChildProcess>> launchChildProcess(const ChildCommand &com
     environment.push_back(nullptr);
     const std::array<char *, 2> arguments{const_cast<char *>(path.constData()), nullptr};
 
-    const ChildDescriptor input(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const Descriptor input(open("/dev/null", O_RDONLY | O_CLOEXEC));
     Pipe output = makePipe();
     Pipe report = makePipe();
     if (!input.isOpen() || !output.readEnd.isOpen() || !report.readEnd.isOpen())
@@ -222,7 +222,7 @@ Result<std::shared_ptr<ChildProcess>> launchChildProcess(const ChildCommand &com
 
     // 3. Whether it became the program.
     int error = reportedError(report.readEnd);
-    ChildDescriptor end(error == 0 ? pidfd_open(child, 0) : -1);
+    Descriptor end(error == 0 ? pidfd_open(child, 0) : -1);
     if (!end.isOpen()) {
         error = error == 0 ? errno : error;
         kill(child, SIGKILL);

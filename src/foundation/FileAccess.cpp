@@ -1,5 +1,7 @@
 #include "foundation/FileAccess.h"
 
+#include "foundation/Descriptor.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRandomGenerator>
@@ -57,27 +59,6 @@ Result<QByteArray> systemPath(const FileURL &url, FailureKind otherwise)
         return failureFromErrno(ENOENT, otherwise);
     return path;
 }
-
-/// A file descriptor that closes itself.
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor() { close(); }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-
-    explicit operator bool() const { return m_fd >= 0; }
-    int get() const { return m_fd; }
-    int close()
-    {
-        const int fd = std::exchange(m_fd, -1);
-        return fd >= 0 ? ::close(fd) : 0;
-    }
-
-private:
-    int m_fd;
-};
 
 /// Where a write to `path` really goes: the end of a chain of symbolic links, which need not exist.
 Result<QByteArray> writeTarget(QByteArray path)
@@ -155,27 +136,27 @@ public:
     Result<void> commit()
     {
         // Some file systems report a full disk only when they are flushed, or when the file is closed.
-        if (fsync(fd()) != 0 || !ensureNamed() || m_file->close() != 0)
+        if (fsync(fd()) != 0 || !ensureNamed() || m_file.close() != 0)
             return failureFromErrno(errno, FailureKind::NotWritable);
         if (rename(m_temporary.constData(), m_target.constData()) != 0)
             return failureFromErrno(errno, FailureKind::NotWritable);
         m_temporary.clear();
         // The new content is in place; a folder that cannot be flushed only delays when a power cut would keep it.
         const Descriptor folder(::open(m_folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (folder)
-            fsync(folder.get());
+        if (folder.isOpen())
+            fsync(folder.number());
         return {};
     }
 
 private:
-    int fd() const { return m_file->get(); }
+    int fd() const { return m_file.number(); }
 
     /// False if the file system cannot, or if it could not be given a name later.
     bool makeUnnamed(mode_t mode)
     {
 #ifdef O_TMPFILE
-        m_file.emplace(::open(m_folder.constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode));
-        return *m_file && faccessat(AT_FDCWD, ownPath().constData(), F_OK, 0) == 0;
+        m_file = Descriptor(::open(m_folder.constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode));
+        return m_file.isOpen() && faccessat(AT_FDCWD, ownPath().constData(), F_OK, 0) == 0;
 #else
         Q_UNUSED(mode);
         return false;
@@ -185,8 +166,8 @@ private:
     bool makeNamed(mode_t mode)
     {
         return withFreshName([this, mode](const char *path) {
-            m_file.emplace(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-            return bool(*m_file);
+            m_file = Descriptor(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+            return m_file.isOpen();
         });
     }
 
@@ -223,7 +204,7 @@ private:
     QByteArray m_target;
     QByteArray m_folder;    // ends in a slash
     QByteArray m_temporary; // empty while the new file has no name
-    std::optional<Descriptor> m_file;
+    Descriptor m_file;
 };
 
 /// Runs `writeContent(replacement)` between the opening and the commit of one replacement of `url`.
@@ -252,10 +233,10 @@ Result<QByteArray> readBytes(const FileURL &url, qsizetype largest)
     if (!path)
         return path.failure();
     const Descriptor file(::open(path.value().constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file)
+    if (!file.isOpen())
         return failureFromErrno(errno, FailureKind::NotReadable);
     struct stat status = {};
-    if (fstat(file.get(), &status) != 0)
+    if (fstat(file.number(), &status) != 0)
         return failureFromErrno(errno, FailureKind::NotReadable);
     if (S_ISDIR(status.st_mode))
         return Failure{FailureKind::NotReadable, u"It is a folder."_s};
@@ -276,7 +257,7 @@ Result<QByteArray> readBytes(const FileURL &url, qsizetype largest)
             return tooLarge;
         if (length == bytes.size())
             bytes.resize(bytes.size() * 2);
-        const ssize_t count = ::read(file.get(), bytes.data() + length, static_cast<size_t>(bytes.size() - length));
+        const ssize_t count = ::read(file.number(), bytes.data() + length, static_cast<size_t>(bytes.size() - length));
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)

@@ -1,5 +1,7 @@
 #include "shell/SingleInstance.h"
 
+#include "foundation/Descriptor.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
@@ -27,25 +29,6 @@ constexpr QByteArrayView kActivate = "activate ";
 constexpr QByteArrayView kAnswer = "ok\n";
 constexpr qsizetype kLongestRequest = 4096; // bytes; a token has some dozens
 
-/// A descriptor that is closed with its scope.
-class Descriptor
-{
-public:
-    explicit Descriptor(int number = -1) : m_number(number) {}
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            close(m_number);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-
-    int number() const { return m_number; }
-    int release() { return std::exchange(m_number, -1); }
-
-private:
-    int m_number;
-};
-
 /// The address of the socket. A socket's path is limited to about a hundred bytes, which a deep folder exceeds: there
 /// the path goes by way of the folder's descriptor, which must stay open while the address is used.
 class SocketAddress
@@ -56,19 +39,13 @@ public:
         QByteArray path = QFile::encodeName(folder.appending(u"instance.socket").path());
 #ifdef Q_OS_LINUX
         if (path.size() >= static_cast<qsizetype>(sizeof m_address.sun_path)) {
-            m_folder = open(QFile::encodeName(folder.path()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-            path = "/proc/self/fd/" + QByteArray::number(m_folder) + "/instance.socket";
+            m_folder = Descriptor(open(QFile::encodeName(folder.path()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+            path = "/proc/self/fd/" + QByteArray::number(m_folder.number()) + "/instance.socket";
         }
 #endif
         m_address.sun_family = AF_UNIX;
         qstrncpy(m_address.sun_path, path.constData(), sizeof m_address.sun_path);
     }
-    ~SocketAddress()
-    {
-        if (m_folder >= 0)
-            close(m_folder);
-    }
-    Q_DISABLE_COPY_MOVE(SocketAddress)
 
     const char *path() const
     {
@@ -85,7 +62,7 @@ public:
 
 private:
     sockaddr_un m_address = {};
-    int m_folder = -1;
+    Descriptor m_folder;
 };
 
 int makeSocket()
