@@ -2,10 +2,10 @@
 
 #include "editing/BlockStyle.h"
 #include "editing/FormattedTransfer.h"
-#include "editing/LinkQuestion.h"
 #include "editing/TextBoundaries.h"
 #include "editing/TextView.h"
 #include "foundation/AppEvents.h"
+#include "foundation_ui/LinkQuestion.h"
 #include "foundation_ui/Theme.h"
 
 namespace Tessaline {

@@ -1,4 +1,4 @@
-#include "editing/LinkQuestion.h"
+#include "foundation_ui/LinkQuestion.h"
 
 #include <QtGui/QTextOption>
 #include <QtWidgets/QDialogButtonBox>
