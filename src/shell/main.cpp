@@ -18,6 +18,7 @@
 #include "shell/FilePanels.h"
 #include "shell/MainWindow.h"
 #include "shell/ProcessSetUp.h"
+#include "shell/SessionBus.h"
 #include "shell/SingleInstance.h"
 #include "shell/SystemAppearance.h"
 #include "shell/TerminationSignals.h"
@@ -36,6 +37,10 @@ namespace {
 
 // The icon takes as long to draw as the whole window, so it comes when the first picture is there.
 constexpr std::chrono::milliseconds kIconDelay{300}; // Source: chosen here; nobody looks at the task bar that early.
+
+// Without its bus a desktop offers no accessibility, so one that is merely slow is given a moment. A sound one answers
+// at once. Source: chosen here.
+constexpr std::chrono::milliseconds kBusPatience{250};
 
 constexpr int kFailed = 1;  // exit status: could not run
 constexpr int kRefused = 2; // exit status: the arguments are wrong
@@ -147,6 +152,7 @@ int main(int argc, char **argv)
     }
 
     Console::filterToolkitMessages();
+    SessionBus bus(SessionBus::addressOfUser());
     const AppFolders folders = AppFolders::ofUser(u"com.orlenth.tessaline"_s);
     SingleInstance instance({folders.configuration});
     switch (instance.acquire(qgetenv("XDG_ACTIVATION_TOKEN"))) {
@@ -165,6 +171,8 @@ int main(int argc, char **argv)
         return kFailed;
     }
 
+    if (!bus.answersWithin(kBusPatience))
+        SessionBus::keepAway();
     QCoreApplication::setApplicationName(u"Tessaline"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(TESSALINE_VERSION));
     QGuiApplication::setDesktopFileName(u"com.orlenth.tessaline"_s);

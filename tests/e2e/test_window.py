@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """The window among other windows: moved, resized and maximized without a frame, driven by keys alone, and at the log-out."""
 
+import socket
 
 from e2e import EndToEndTest, main  # first: it finds the package of the next line
 
@@ -199,6 +200,24 @@ class DisplayLoss(EndToEndTest):
         self.assertEqual(self.application.wait_for_end(), 1)
         self.assertEqual(path.read_bytes(), b"last")
         self.assertIn("The X11 connection broke", self.application.errors())
+
+
+class SilentBus(EndToEndTest):
+    def test_a_session_bus_that_says_nothing_keeps_nobody_from_writing(self):
+        path = self.write("a.md", b"")
+        self.open_files(path)
+        with socket.socket(socket.AF_UNIX) as bus:
+            address = self.profile.home / "bus"
+            bus.bind(str(address))
+            bus.listen(16)  # the system takes connections for it, and nobody answers them
+            environment = self.application.environment
+            self.application.environment = lambda: {**environment(), "DBUS_SESSION_BUS_ADDRESS": f"unix:path={address}"}
+            self.start()
+            self.application.wait_until_drawn()
+            self.screen.type("written")
+
+            self.expect_on_disk(path, b"written", 10)
+            self.end()
 
 
 if __name__ == "__main__":
