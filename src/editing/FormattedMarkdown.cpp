@@ -312,6 +312,11 @@ void FormattedMarkdown::followEdit(const ChunkedText &markdown, const TextChange
     Paragraphs::Place first =
         constructBefore(m_paragraphs.find([&change](const Sum &behind) { return behind.source > change.location; }));
     Reading reading = read(markdown, first.before.source, change);
+    // If nothing is left of the end of the text, the block of code before it is the last one now.
+    if (!reading.meetsOld && reading.text.size() <= 1 && m_paragraphs.retreat(first)) {
+        first = constructAt(first);
+        reading = read(markdown, first.before.source, change);
+    }
 
     // 2. What gives way: all up to where the old paragraphs are met again.
     const qsizetype growth = change.inserted - change.removed;

@@ -239,6 +239,20 @@ TEST_F(FormattedMarkdownOf, AChangedLineOfCodeIsExchangedAlone)
     EXPECT_EQ(shown(), renderMarkdown(m_owner.toString()));
 }
 
+TEST_F(FormattedMarkdownOf, WhatStandsBehindCodeMayGo)
+{
+    for (const QString &rest : {u""_s, u"\n\n"_s, u"```"_s, u"\n```js\n"_s}) {
+        open(u"```\none\n```\n\nend"_s);
+
+        editElsewhere(12, 4, rest);
+
+        EXPECT_EQ(shown(), renderMarkdown(m_owner.toString())) << rest.toStdString();
+        editElsewhere(m_owner.size(), 0, u"\n\nx");
+        editElsewhere(5, 0, u"y");
+        EXPECT_EQ(shown(), renderMarkdown(m_owner.toString())) << rest.toStdString();
+    }
+}
+
 TEST_F(FormattedMarkdownOf, LinesOfCodeComeAndGo)
 {
     const QString markdown = u"text\n\n```\none\ntwo\nthree\n```\n\nend"_s; // "one" at 10, "```" at 24
