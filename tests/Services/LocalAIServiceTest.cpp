@@ -1,11 +1,14 @@
 #include "Services/LocalAIService.h"
 
 #include "tests/Services/RunningAssistant.h"
+#include "tests/support/ScriptedDisk.h"
 #include "tests/support/Waiting.h"
 
 #include <QtTest/QSignalSpy>
 
 #include <gtest/gtest.h>
+
+#include <iostream>
 
 namespace Tessaline {
 
@@ -14,22 +17,28 @@ namespace {
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-/// Keeps what the service prints to itself.
+/// Keeps what the service prints to itself, unless the test fails: then its findings are in between.
 class LocalAIServiceTest : public ::testing::Test
 {
 protected:
-    LocalAIServiceTest() { ::testing::internal::CaptureStdout(); }
+    LocalAIServiceTest()
+    {
+        ::testing::internal::CaptureStdout();
+        m_disk.setText(m_a, u"text of a"_s);
+        m_disk.setText(m_b, u"text of b"_s);
+        m_disk.setText(m_blank, u" \n"_s);
+    }
     ~LocalAIServiceTest() override
     {
         m_assistant.reset();
-        ::testing::internal::GetCapturedStdout();
+        const std::string printed = ::testing::internal::GetCapturedStdout();
+        if (HasFailure())
+            std::cout << printed;
     }
 
     LocalAIService &prepare(const QByteArray &script)
     {
-        m_assistant = std::make_unique<RunningAssistant>(
-            script, std::initializer_list<std::pair<QString, QByteArray>>{
-                        {u"a.md"_s, "text of a"}, {u"b.md"_s, "text of b"}, {u"blank.md"_s, " \n"}});
+        m_assistant = std::make_unique<RunningAssistant>(script, m_disk);
         return service();
     }
 
@@ -41,9 +50,16 @@ protected:
         return service();
     }
 
+    /// Makes a document active about which nothing is asked, since it can be read only afterwards.
+    void makeActiveWithoutSuggestions()
+    {
+        service().switchActiveFile(m_later);
+        EXPECT_TRUE(eventually([&] { return m_disk.reads().size() == 1 && m_disk.isIdle(); }, 60s));
+        m_disk.setText(m_later, u"text of later"_s);
+    }
+
     LocalAIService &service() { return m_assistant->service(); }
     const ScriptedServerFolder &server() const { return m_assistant->server(); }
-    FileURL url(const QString &name) const { return m_assistant->files().url(name); }
 
     QCoro::Task<> send(const QString &prompt) { return service().sendMessage(prompt, std::nullopt, {}, {}); }
     QString answer()
@@ -59,6 +75,11 @@ protected:
         return eventually([&] { return service().suggestedContexts() == suggestions; }, 60s);
     }
 
+    const FileURL m_a{u"/docs/a.md"_s};
+    const FileURL m_b{u"/docs/b.md"_s};
+    const FileURL m_blank{u"/docs/blank.md"_s};
+    const FileURL m_later{u"/docs/later.md"_s}; // cannot be read yet
+    ScriptedDisk m_disk;
     std::unique_ptr<RunningAssistant> m_assistant;
 };
 
@@ -95,19 +116,20 @@ TEST_F(LocalAIServiceTest, AQuestionWhileTheServerIsDownIsDropped)
 
 TEST_F(LocalAIServiceTest, TheFirstHealthyProbeAsksForSuggestionsAboutTheActiveDocument)
 {
-    prepare(kTopics).switchActiveFile(url(u"a.md"_s)); // which fails: there is no server
+    prepare(kTopics);
+    makeActiveWithoutSuggestions();
 
     service().startServer();
 
     EXPECT_TRUE(waitForSuggestions({u"One"_s}));
-    EXPECT_EQ(bodyOf(server().requests("/v1/suggest-context").constFirst()), R"({"content":"text of a"})");
+    EXPECT_EQ(bodyOf(server().requests("/v1/suggest-context").constFirst()), R"({"content":"text of later"})");
 }
 
 TEST_F(LocalAIServiceTest, WithoutADocumentAHealthyServerIsAskedForNothing)
 {
     start(kTopics);
 
-    service().switchActiveFile(url(u"b.md"_s));
+    service().switchActiveFile(m_b);
 
     EXPECT_TRUE(waitForSuggestions({u"One"_s}));
     EXPECT_EQ(bodyOf(server().requests("/v1/suggest-context").constFirst()), R"({"content":"text of b"})");
@@ -115,30 +137,30 @@ TEST_F(LocalAIServiceTest, WithoutADocumentAHealthyServerIsAskedForNothing)
 
 TEST_F(LocalAIServiceTest, SwitchingClearsTheStatusLineAndKeepsSuggestionsUntilTheNewOnesCome)
 {
-    start(kTopics).switchActiveFile(url(u"a.md"_s));
+    start(kTopics).switchActiveFile(m_a);
     ASSERT_TRUE(waitForSuggestions({u"One"_s}));
     service().setContextStatus(u"Preparing context…"_s);
 
-    service().switchActiveFile(url(u"b.md"_s));
+    service().switchActiveFile(m_b);
 
     EXPECT_EQ(service().contextStatus(), QString());
     EXPECT_EQ(service().suggestedContexts(), QStringList{u"One"_s});
     EXPECT_TRUE(waitForSuggestions({u"Two"_s}));
 
-    service().switchActiveFile(url(u"missing.md"_s));
-    service().switchActiveFile(url(u"blank.md"_s));
+    service().switchActiveFile(m_later);
+    service().switchActiveFile(m_blank);
     EXPECT_TRUE(waitForSuggestions({}));
     EXPECT_EQ(server().requests("/v1/suggest-context").size(), 2);
 }
 
 TEST_F(LocalAIServiceTest, SwitchingToTheSameDocumentAsksAgain)
 {
-    start(kTopics).switchActiveFile(url(u"a.md"_s));
+    start(kTopics).switchActiveFile(m_a);
     ASSERT_TRUE(waitForSuggestions({u"One"_s}));
     service().setChatMessages({{QUuid::createUuid(), u"user"_s, u"Kept"_s}});
     const QList<ChatMessage> messages = service().chatMessages();
 
-    service().switchActiveFile(url(u"a.md"_s));
+    service().switchActiveFile(m_a);
 
     EXPECT_EQ(service().chatMessages(), messages);
     EXPECT_TRUE(waitForSuggestions({u"Two"_s}));
@@ -146,7 +168,7 @@ TEST_F(LocalAIServiceTest, SwitchingToTheSameDocumentAsksAgain)
 
 TEST_F(LocalAIServiceTest, SwitchingToNoDocumentEmptiesEverythingAtOnce)
 {
-    start(kTopics).switchActiveFile(url(u"a.md"_s));
+    start(kTopics).switchActiveFile(m_a);
     ASSERT_TRUE(waitForSuggestions({u"One"_s}));
     service().setAttachedContexts({{u"Hamlet"_s, std::nullopt, u"To be"_s, std::nullopt}});
 
@@ -162,7 +184,7 @@ TEST_F(LocalAIServiceTest, StoppingTheServerEndsTheGenerationAndTheSuggestionsFi
 {
     start(R"({"replies":{"/v1/suggest-context":[{"steps":[{"hang":true}]}],)"
           R"("/v1/chat/completions":[{"steps":[{"token":"Yes"},{"hang":true}]}]}})")
-        .switchActiveFile(url(u"a.md"_s));
+        .switchActiveFile(m_a);
     const QCoro::Task<> task = send(u"Is it?"_s);
     ASSERT_TRUE(waitForAnswer(u"Yes"_s));
     ASSERT_TRUE(eventually([&] { return server().requests("/v1/suggest-context").size() == 1; }, 60s));
@@ -182,7 +204,7 @@ TEST_F(LocalAIServiceTest, AServerThatDiesHalfWayFailsTheAnswerAndSaysItsStatus)
 {
     start(R"({"replies":{"/v1/chat/completions":[)"
           R"({"transfer":"chunked","steps":[{"token":"Yes"},{"wait":50},{"exit":7}]}]}})")
-        .switchActiveFile(url(u"a.md"_s));
+        .switchActiveFile(m_a);
 
     const QCoro::Task<> task = send(u"Is it?"_s);
 
@@ -225,13 +247,13 @@ TEST_F(LocalAIServiceTest, CardsAndDigestsComeFromTheServer)
 
 TEST_F(LocalAIServiceTest, DecisionsAboutEditsStayOverDocumentsAndAreToldOnce)
 {
-    prepare("{}").switchActiveFile(url(u"a.md"_s));
+    prepare("{}").switchActiveFile(m_a);
     QSignalSpy changed(&service(), &LocalAIService::suggestionStatesChanged);
 
     service().setSuggestionState(u"X_0"_s, u"accepted"_s);
     service().setSuggestionState(u"X_0"_s, u"accepted"_s);
     service().setChatMessages({});
-    service().switchActiveFile(url(u"b.md"_s));
+    service().switchActiveFile(m_b);
 
     EXPECT_EQ(service().suggestionStates(), (QHash<QString, QString>{{u"X_0"_s, u"accepted"_s}}));
     EXPECT_EQ(changed.count(), 1);
@@ -256,7 +278,7 @@ TEST_F(LocalAIServiceTest, EachPieceOfStateIsToldThroughTheService)
     tell(&LocalAIService::chatMessagesChanged, u"chatMessages"_s);
     tell(&LocalAIService::contextStatusChanged, u"contextStatus"_s);
 
-    service().switchActiveFile(url(u"a.md"_s));
+    makeActiveWithoutSuggestions();
     service().startServer();
     ASSERT_TRUE(waitForSuggestions({u"One"_s}));
     service().setAttachedContexts({{u"Hamlet"_s, std::nullopt, u"To be"_s, std::nullopt}});
@@ -271,7 +293,7 @@ TEST_F(LocalAIServiceTest, DestroyedInTheMiddleOfEverythingItLeavesNoProcess)
 {
     start(R"({"replies":{"/v1/suggest-context":[{"steps":[{"hang":true}]}],)"
           R"("/v1/chat/completions":[{"steps":[{"token":"Yes"},{"hang":true}]}]}})")
-        .switchActiveFile(url(u"a.md"_s));
+        .switchActiveFile(m_a);
     const QCoro::Task<> task = send(u"Is it?"_s);
     const auto accumulator = std::make_shared<TokenAccumulator>();
     const auto beside = service().generateOneShot(u"Shorter:"_s, u"text"_s, accumulator);

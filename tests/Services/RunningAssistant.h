@@ -42,10 +42,10 @@ inline quint16 freePort()
 class RunningAssistant
 {
 public:
-    /// `script` is a JSON object without a port.
-    explicit RunningAssistant(const QByteArray &script,
-                              std::initializer_list<std::pair<QString, QByteArray>> documents = {})
-        : m_port(freePort()), m_files(documents), m_server(withPort(script, m_port), ScriptedServerFolder::Port::Fixed)
+    /// `script` is a JSON object without a port; `disk` has the documents and outlives this object.
+    RunningAssistant(const QByteArray &script, FileAccess &disk)
+        : m_port(freePort()), m_store(m_events, disk),
+          m_server(withPort(script, m_port), ScriptedServerFolder::Port::Fixed)
     {
         Environment environment = ownEnvironment();
         environment.insert("SCRIPTED_SERVER_SCRIPT",
@@ -84,8 +84,7 @@ private:
     TemporaryFiles m_files;
     Preferences m_preferences{m_files.url(QStringLiteral("preferences.json"))};
     EventCenter m_events;
-    DiskAccess m_disk;
-    DocumentStore m_store{m_events, m_disk};
+    DocumentStore m_store;
     ScriptedServerFolder m_server;
     std::chrono::steady_clock::duration m_time{0}; // so that every token is shown at once
     std::unique_ptr<LocalAIService> m_service;
