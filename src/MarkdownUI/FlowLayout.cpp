@@ -43,7 +43,7 @@ FlowLayout::Frames FlowLayout::frames(std::optional<double> width, const QList<d
 
 QSizeF resizedToFit(const QSizeF &idealSize, std::optional<double> proposedWidth)
 {
-    if (!proposedWidth || *proposedWidth >= idealSize.width())
+    if (!proposedWidth || *proposedWidth >= idealSize.width() || idealSize.width() <= 0)
         return idealSize;
     const double width = std::max(*proposedWidth, 0.0);
     return {width, idealSize.height() * width / idealSize.width()};

@@ -19,7 +19,7 @@ struct FlowLayout {
     using Measure = std::function<QSizeF(qsizetype index, std::optional<double> proposedWidth)>;
 
     struct Frames {
-        QSizeF size;          // the widest row by all rows
+        QSizeF size{0, 0};    // the widest row by all rows
         QList<QRectF> frames; // one for each item
         friend bool operator==(const Frames &, const Frames &) = default;
     };
