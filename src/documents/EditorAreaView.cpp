@@ -17,6 +17,8 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QVBoxLayout>
 
+#include <utility>
+
 namespace Tessaline {
 
 namespace {
@@ -65,6 +67,7 @@ EditorAreaView::EditorAreaView(EditorAreaViewParts parts, QWidget *parent)
       m_layout(new QVBoxLayout(this))
 {
     setAccessibleName(u"Editor Area"_s);
+    setAttribute(Qt::WA_InputMethodEnabled);
     m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->setSpacing(0);
     m_layout->addWidget(m_toolbar);
@@ -103,6 +106,9 @@ void EditorAreaView::present()
     const std::optional<FileURL> active = m_parts.workspace.activeFileURL();
     const bool isMarkdown = m_parts.area.activeDocumentType() == DocumentType::Markdown;
 
+    if (active != std::exchange(m_presentedFile, active))
+        m_heldInput.forget();
+
     // 1. The rows above the document.
     if (active) {
         m_toolbar->setFile(*active, m_parts.area.activeProject());
@@ -134,6 +140,12 @@ void EditorAreaView::present()
     // 4. The editors of the file and the mode.
     if (isReady && !m_host)
         makeEditors(*active, mode);
+
+    // 5. What was typed for a file goes to it or, if the file did not come, nowhere.
+    if (isReady && !m_heldInput.isEmpty())
+        m_heldInput.release(*currentEditor()->textView());
+    else if (state != EditorAreaState::Loading)
+        m_heldInput.forget();
 }
 
 void EditorAreaView::presentOpening()
@@ -215,6 +227,8 @@ void EditorAreaView::focusEditor()
 {
     m_wantsFocus = true;
     m_focusAtRequest = window()->focusWidget();
+    if (m_parts.area.state() == EditorAreaState::Loading)
+        setFocus(Qt::OtherFocusReason);
     takePendingFocus();
 }
 
@@ -277,10 +291,34 @@ void EditorAreaView::presentSaveError()
     m_saveAlert->open();
 }
 
+bool EditorAreaView::holdsInput() const
+{
+    return hasFocus() && m_parts.area.state() == EditorAreaState::Loading;
+}
+
+bool EditorAreaView::event(QEvent *event)
+{
+    // Tab, which would lead on to the next control, is a character of the document.
+    if (event->type() == QEvent::KeyPress && holdsInput() && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Tab) {
+        keyPressEvent(static_cast<QKeyEvent *>(event));
+        return true;
+    }
+    return Ground::event(event);
+}
+
+void EditorAreaView::inputMethodEvent(QInputMethodEvent *event)
+{
+    if (holdsInput())
+        m_heldInput.hold(*event);
+    event->accept();
+}
+
 void EditorAreaView::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && m_findBar->isVisible())
         m_findBar->close();
+    else if (holdsInput())
+        m_heldInput.hold(*event);
     else
         Ground::keyPressEvent(event);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "documents/EditorArea.h"
+#include "documents/HeldInput.h"
 #include "foundation_ui/Ground.h"
 
 #include <QtCore/QPointer>
@@ -8,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QMessageBox;
 class QVBoxLayout;
@@ -52,7 +54,7 @@ public:
     FindBar &findBar() { return *m_findBar; }
 
     /// Gives the focus to the editor: at once, or as soon as the file is there, unless the person has gone elsewhere by
-    /// then.
+    /// then. Until then the view has it and holds what is typed for the editor.
     void focusEditor();
 
     /// Puts the toolbar of format commands in its place and owns it. It is shown for Markdown files only.
@@ -62,6 +64,8 @@ Q_SIGNALS:
     void currentEditorChanged();
 
 protected:
+    bool event(QEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override; // Esc in the document closes the bar for find and replace
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
@@ -77,6 +81,7 @@ private:
     void chooseMode(ViewMode mode);
     void useStatusButton();
     void takePendingFocus();
+    bool holdsInput() const;
 
     EditorAreaViewParts m_parts;
     EditorControlToolbar *m_toolbar;
@@ -90,6 +95,8 @@ private:
     QPointer<QMessageBox> m_saveAlert;
     bool m_wantsFocus = true; // at the start the editor is where the person writes
     QPointer<QWidget> m_focusAtRequest;
+    std::optional<FileURL> m_presentedFile;
+    HeldInput m_heldInput; // typed while the presented file was being opened
     bool m_appeared = false;
 };
 

@@ -160,7 +160,7 @@ TEST_F(EditorAreaViewModesTest, TheFocusIsGivenOnceTheFileIsThere)
 
     m_workspace.openFile(m_b);
     m_view->focusEditor();
-    EXPECT_TRUE(m_elsewhere.hasFocus());
+    EXPECT_TRUE(m_view->hasFocus());
     hold->release();
 
     EXPECT_TRUE(eventually([&] { return editorHasFocus(); }));

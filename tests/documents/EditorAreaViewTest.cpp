@@ -149,6 +149,82 @@ TEST_F(EditorAreaViewTest, AFileThatIsThereWithinTheFirstShowHasItsPlaceAtOnce)
     EXPECT_GT(editors().first()->height(), m_view->height() / 2);
 }
 
+TEST_F(EditorAreaViewTest, WhatIsTypedWhileTheFirstFileIsOpenedIsInIt)
+{
+    const auto hold = m_disk.holdNextRead(m_a);
+    m_workspace.openFile(m_a);
+    show();
+    ASSERT_TRUE(m_view->hasFocus());
+
+    QTest::keyClicks(m_view.get(), u"Hallo"_s);
+    QTest::keyClick(m_view.get(), Qt::Key_Left);
+    QTest::keyClick(m_view.get(), Qt::Key_Backspace);
+    QInputMethodEvent composing(u"´"_s, {});
+    QApplication::sendEvent(m_view.get(), &composing);
+    QInputMethodEvent composed;
+    composed.setCommitString(u"é"_s);
+    QApplication::sendEvent(m_view.get(), &composed);
+    QTest::keyClick(m_view.get(), Qt::Key_Tab);
+    hold->release();
+    ASSERT_TRUE(eventually([&] { return m_area->state() == EditorAreaState::Ready; }));
+
+    EXPECT_EQ(editorText(), u"Halé\totext of a"_s);
+    EXPECT_EQ(shown(m_a), editorText());
+    EXPECT_TRUE(editorHasFocus());
+    QTest::keyClicks(editors().first()->textView(), u"!"_s);
+    EXPECT_EQ(editorText(), u"Halé\t!otext of a"_s);
+}
+
+TEST_F(EditorAreaViewTest, WhatIsTypedWhileAChosenFileIsOpenedIsInIt)
+{
+    showWith(m_b);
+    m_elsewhere.setFocus();
+    const auto hold = m_disk.holdNextRead(m_a);
+    m_workspace.openFile(m_a);
+    m_view->focusEditor();
+
+    QTest::keyClicks(QApplication::focusWidget(), u"new "_s);
+    hold->release();
+    ASSERT_TRUE(eventually([&] { return m_area->state() == EditorAreaState::Ready; }));
+
+    EXPECT_EQ(editorText(), u"new text of a"_s);
+    EXPECT_EQ(shown(m_b), u"text of b"_s);
+    EXPECT_EQ(m_elsewhere.text(), QString());
+}
+
+TEST_F(EditorAreaViewTest, WhatIsTypedForAFileGoesToNoOther)
+{
+    showWith(m_b);
+    const auto hold = m_disk.holdNextRead(m_a);
+    m_workspace.openFile(m_a);
+    QTest::keyClicks(QApplication::focusWidget(), u"for a"_s);
+
+    m_workspace.setActiveFileURL(m_b);
+    ASSERT_EQ(m_area->state(), EditorAreaState::Ready);
+    EXPECT_EQ(editorText(), u"text of b"_s);
+    hold->release();
+    open(m_a);
+
+    EXPECT_EQ(editorText(), u"text of a"_s);
+}
+
+TEST_F(EditorAreaViewTest, WhatIsTypedForAFileThatCannotBeOpenedIsForgotten)
+{
+    m_disk.failReads(m_a, {FailureKind::NotFound, u"The file is gone."_s});
+    const auto hold = m_disk.holdNextRead(m_a);
+    m_workspace.openFile(m_a);
+    show();
+    QTest::keyClicks(m_view.get(), u"lost"_s);
+    hold->release();
+    ASSERT_TRUE(eventually([&] { return m_area->state() == EditorAreaState::Failed; }));
+
+    QTest::keyClicks(m_view.get(), u"too"_s); // there is nothing to hold it for
+    m_workspace.closeFile(m_a);
+    open(m_b);
+
+    EXPECT_EQ(editorText(), u"text of b"_s);
+}
+
 TEST_F(EditorAreaViewTest, AFailedReloadKeepsTheEditor)
 {
     showWith(m_a);
