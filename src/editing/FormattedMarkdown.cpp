@@ -472,7 +472,17 @@ void FormattedMarkdown::followOwnChange(const TextChange &change)
     const TextChange normalised = m_isNormal ? TextChange() : takeNormalForm();
     const MarkdownChange written = m_pieces.replace(number, static_cast<qsizetype>(count), records,
                                                     [this](qsizetype paragraph) { return recordOf(paragraph); });
-    m_written = inOne(normalised, m_markdown.replace(written.location, written.removed, written.inserted));
+    m_written = inOne(normalised, takeWritten(written));
+}
+
+/// Puts into the Markdown what of the written pieces differs from what stands there: a typed letter is a letter there,
+/// too.
+TextChange FormattedMarkdown::takeWritten(const MarkdownChange &written)
+{
+    const TextChange change = differenceBetween(ChunkedText(m_markdown.sliced(written.location, written.removed)),
+                                                ChunkedText(written.inserted));
+    return m_markdown.replace(written.location + change.location, change.removed,
+                              QStringView(written.inserted).sliced(change.location, change.inserted));
 }
 
 TextRange FormattedMarkdown::shownRange(qsizetype paragraph) const

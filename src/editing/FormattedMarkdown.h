@@ -79,6 +79,7 @@ private:
     void markdownIsForeign();
     QCoro::Task<> prepare();
     TextChange takeNormalForm();
+    TextChange takeWritten(const MarkdownChange &written);
     TextRange shownRange(qsizetype paragraph) const;
     ParagraphRecord recordOf(qsizetype paragraph) const;
 

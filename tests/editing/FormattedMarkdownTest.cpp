@@ -92,6 +92,19 @@ TEST_F(FormattedMarkdownOf, UndoRestoresTheMarkdownOfTheStepBefore)
     EXPECT_EQ(written(), u"# One\n\ntext"_s);
 }
 
+TEST_F(FormattedMarkdownOf, ATypedLetterIsReportedAsALetter)
+{
+    open(u"# One\n\nsome **bold** text"_s);
+    TextChange reported;
+    QObject::connect(&m_markdown, &FormattedMarkdown::edited, &m_text,
+                     [&reported](const ChunkedText &, const TextChange &change) { reported = change; });
+
+    m_text.replace({5, 0}, u"x", EditKind::Typing);
+
+    EXPECT_EQ(written(), u"# One\n\nsxome **bold** text"_s);
+    EXPECT_EQ(reported, (TextChange{8, 0, 1}));
+}
+
 TEST_F(FormattedMarkdownOf, AnEditFromElsewhereMovesOnlyWhatDiffers)
 {
     open(u"one\n\ntwo\n\nthree"_s);

@@ -300,6 +300,21 @@ TEST(SplitEditors, OnlyThePaneWithTheFocusTakesACommand)
     EXPECT_EQ(split.formatted(), renderMarkdown(u"**---**"));
 }
 
+TEST(SplitEditors, ARunTypedInOnePaneIsOneStepOfUndoInTheOther)
+{
+    for (const bool isFormatted : {false, true}) {
+        SplitEditors split(u"one **two**\n\nthree"_s);
+        putCaret(split.view(isFormatted), find(split.view(isFormatted), u"wo"_s));
+        type(split.view(isFormatted), u"abc"_s);
+        ASSERT_EQ(split.markdown(), u"one **tabcwo**\n\nthree"_s);
+
+        split.view(!isFormatted).setFocus();
+        QTest::keyClick(&split.view(!isFormatted), Qt::Key_Z, Qt::ControlModifier);
+
+        EXPECT_EQ(split.markdown(), u"one **two**\n\nthree"_s);
+    }
+}
+
 TEST(SplitEditors, UndoInOnePaneIsFollowedByTheOther)
 {
     SplitEditors split(u"* a\n"_s);
