@@ -36,6 +36,7 @@ constexpr std::array kSymbols{
     Entry{u"doc.plaintext", "file-text"_L1},
     Entry{u"doc.richtext", "file-earmark-richtext"_L1},
     Entry{u"exclamationmark.triangle", "exclamation-triangle"_L1},
+    Entry{u"exclamationmark.triangle.fill", "exclamation-triangle-fill"_L1},
     Entry{u"folder", "folder"_L1},
     Entry{u"folder.badge.plus", "folder-plus"_L1},
     Entry{u"italic", "type-italic"_L1},

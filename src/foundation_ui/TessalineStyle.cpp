@@ -32,6 +32,7 @@ constexpr int kShortcutGap = 32; // between the longest title and the keys
 constexpr int kScrollHandleWidth = 6;
 constexpr double kScrollHandleOpacity = 0.3; // of the secondary text's colour; 0.5 under the pointer
 constexpr double kDisabledOpacity = 0.4;
+constexpr double kArrowSize = 10; // of a combo box
 
 void fillRounded(QPainter *painter, const QRectF &box, double radius, const QColor &fill)
 {
@@ -142,6 +143,8 @@ int TessalineStyle::styleHint(StyleHint hint, const QStyleOption *option, const 
         return 255;
     case SH_MessageBox_CenterButtons:
         return 0;
+    case SH_ComboBox_Popup:
+        return 1; // a menu over the box
     case SH_Menu_SloppySubMenus:
         return 1;
     default:
@@ -172,6 +175,7 @@ QSize TessalineStyle::sizeFromContents(ContentsType type, const QStyleOption *op
         const QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
         return QSize(std::max(wanted.width(), 72), 28);
     }
+    case CT_ComboBox:
     case CT_LineEdit:
         return QSize(QProxyStyle::sizeFromContents(type, option, size, widget).width(), 28);
     default:
@@ -301,6 +305,8 @@ void TessalineStyle::drawComplexControl(ComplexControl control, const QStyleOpti
 {
     if (control == CC_ScrollBar)
         drawScrollBar(option, painter);
+    else if (control == CC_ComboBox)
+        drawComboBox(option, painter);
     else
         QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
@@ -388,6 +394,24 @@ void TessalineStyle::drawButtonBevel(const QStyleOption *option, QPainter *paint
         fillRounded(painter, box, kControlRadius, m_theme.color(ColorRole::Hover));
     if (option->state.testFlag(State_HasFocus) && option->state.testFlag(State_KeyboardFocusChange))
         strokeRounded(painter, box, kControlRadius, m_theme.color(ColorRole::Text), 2);
+    painter->restore();
+}
+
+void TessalineStyle::drawComboBox(const QStyleOptionComplex *option, QPainter *painter) const
+{
+    const QRectF box(option->rect);
+    const bool isEnabled = option->state.testFlag(State_Enabled);
+    const bool hasFocus = option->state.testFlag(State_HasFocus) && option->state.testFlag(State_KeyboardFocusChange);
+    painter->save();
+    if (!isEnabled)
+        painter->setOpacity(kDisabledOpacity);
+    fillRounded(painter, box, kControlRadius, m_theme.color(ColorRole::Control));
+    if (isEnabled && option->state.testFlag(State_MouseOver))
+        fillRounded(painter, box, kControlRadius, m_theme.color(ColorRole::Hover));
+    strokeRounded(painter, box, kControlRadius,
+                  m_theme.color(hasFocus ? ColorRole::FocusRing : ColorRole::BubbleBorder), hasFocus ? 2 : 1);
+    const QRectF arrow = subControlRect(CC_ComboBox, option, SC_ComboBoxArrow, nullptr);
+    Symbols::draw(*painter, u"chevron.down", arrow, kArrowSize, m_theme.color(ColorRole::SecondaryText));
     painter->restore();
 }
 

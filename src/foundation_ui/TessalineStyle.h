@@ -7,8 +7,8 @@
 
 namespace Tessaline {
 
-/// The toolkit's own widgets in the look of the application: menus, scroll bars, tool tips, line edits, dialogs and
-/// their buttons.
+/// The toolkit's own widgets in the look of the application: menus, scroll bars, tool tips, line edits, combo boxes,
+/// dialogs and their buttons.
 class TessalineStyle final : public QProxyStyle
 {
     Q_OBJECT
@@ -41,6 +41,7 @@ private:
     void drawMenuBarItem(const QStyleOption *option, QPainter *painter) const;
     void drawScrollBar(const QStyleOptionComplex *option, QPainter *painter) const;
     void drawButtonBevel(const QStyleOption *option, QPainter *painter) const;
+    void drawComboBox(const QStyleOptionComplex *option, QPainter *painter) const;
 
     const Theme &m_theme;
 };

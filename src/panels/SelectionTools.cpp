@@ -126,8 +126,12 @@ QCoro::Task<> SelectionTools::rephrase(QString selected, QString content)
     const QString answer = co_await answerBeside(kRephrasePrompt + selected, content, u"Error rephrasing: "_s);
     if (stop.stop_requested())
         co_return;
-    m_isRephrasing = false;
-    setPopover(ActivePopover::Rephrase{selected, answer});
+    // In a turn of its own: an answer may be there before the tool's own turn has ended.
+    const auto show = [this, selected, answer] {
+        m_isRephrasing = false;
+        setPopover(ActivePopover::Rephrase{selected, answer});
+    };
+    QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
 }
 
 QCoro::Task<> SelectionTools::summarize(QString selected, QString content)
@@ -136,8 +140,11 @@ QCoro::Task<> SelectionTools::summarize(QString selected, QString content)
     const QString answer = co_await answerBeside(kSummarizePrompt + selected, content, u"Error summarizing: "_s);
     if (stop.stop_requested())
         co_return;
-    m_isSummarizing = false;
-    setPopover(ActivePopover::Summary{answer});
+    const auto show = [this, answer] {
+        m_isSummarizing = false;
+        setPopover(ActivePopover::Summary{answer});
+    };
+    QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
 }
 
 QCoro::Task<> SelectionTools::explain(QString selected, QString content)

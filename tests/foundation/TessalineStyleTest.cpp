@@ -3,6 +3,8 @@
 #include "foundation_ui/Contrast.h"
 
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QComboBox>
+#include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStyleOption>
@@ -75,6 +77,18 @@ TEST_F(TessalineStyleTest, AMenuHasRoomForItsTitlesAndTheirKeys)
     EXPECT_GE(menu.actionGeometry(longTitle).width(),
               metrics.horizontalAdvance(longTitle->text()) + metrics.horizontalAdvance(u"Ctrl+N"_s));
     EXPECT_EQ(menu.actionGeometry(withKeys).height(), 28);
+}
+
+TEST_F(TessalineStyleTest, AComboBoxIsAsHighAsALineEditAndOpensAMenuOverItself)
+{
+    QComboBox box;
+    box.addItem(u"first"_s);
+    box.setStyle(&m_style);
+    QLineEdit edit;
+    edit.setStyle(&m_style);
+
+    EXPECT_EQ(box.sizeHint().height(), edit.sizeHint().height());
+    EXPECT_EQ(m_style.styleHint(QStyle::SH_ComboBox_Popup, nullptr, &box, nullptr), 1);
 }
 
 TEST_F(TessalineStyleTest, ThePaletteFollowsTheAppearance)
