@@ -223,8 +223,10 @@ void TextViewMouse::startDrag()
     EditableText &document = m_view.document();
     auto *const drag = new QDrag(&m_view); // deletes itself
     drag->setMimeData(m_view.delegate().makeTransfer(document.selection().range()).release());
+    const QString dragged = document.selectedText();
     const Qt::DropAction action = drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction);
-    if (action == Qt::MoveAction && !m_droppedHere)
+    // NOTE: another view of the same document may have taken the text into the very place that it came from.
+    if (action == Qt::MoveAction && !m_droppedHere && document.selectedText() == dragged)
         m_view.deleteSelection();
 }
 

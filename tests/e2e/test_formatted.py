@@ -348,6 +348,40 @@ class FormattedEditing(FormattedTest):
         self.end()
         self.assertEqual(self.path.read_bytes(), self.steps[-1])
 
+    def drag_between(self, from_area, to_area):
+        """Drags what is selected at the one character before the other one."""
+        x, y, _, height = from_area
+        to_x, to_y, _, to_height = to_area
+        self.screen.drag(x + 4, y + height // 2, to_x - x - 3, to_y + to_height // 2 - y - height // 2)
+
+    def test_words_dragged_from_one_pane_into_the_other_are_moved(self):
+        self.begin("one two\n\nthree", SPLIT)
+        self.steps = [b"one two\n\nthree"]
+        source = self.text_area()
+        x, y, _, height = source.character_area(0)
+        self.screen.click(x + 1, y + height // 2)
+        for _ in "one ":
+            self.screen.press("Shift+Right")
+
+        self.drag_between(source.character_area(1), self.formatted().character_area(8))
+
+        self.step(("one two\n\nthree", "two\n\none three"))
+        self.end()
+
+    def test_words_dragged_into_their_own_place_in_the_other_pane_are_not_lost(self):
+        self.begin("one two\n\nthree", SPLIT)
+        self.steps = [b"one two\n\nthree"]
+        source = self.text_area()
+        x, y, _, height = source.character_area(0)
+        self.screen.click(x + 1, y + height // 2)
+        for _ in "one two":
+            self.screen.press("Shift+Right")
+
+        self.drag_between(source.character_area(1), self.formatted().character_area(4))
+
+        self.step(("one two\n\nthree", "one one twotwo\n\nthree"))
+        self.end()
+
     def test_a_change_of_mode_while_typing_loses_no_key(self):
         self.begin(EVERY_CONSTRUCT)
         self.screen.type("1")
