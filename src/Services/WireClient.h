@@ -5,51 +5,20 @@
 #include "Services/LineSplitter.h"
 #include "Services/ServerAddress.h"
 #include "Services/StreamLine.h"
+#include "Services/WireResult.h"
 
 #include <QCoro/QCoroTask>
 
+#include <QtCore/QByteArray>
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
-#include <QtNetwork/QNetworkAccessManager>
 
 #include <chrono>
 #include <functional>
 #include <stop_token>
-#include <utility>
 #include <variant>
 
 namespace Tessaline {
-
-/// Why a request brought no answer.
-struct WireFailure {
-    enum class Kind {
-        Transport, // no connection, a broken one, no byte for too long, or a reply beyond all bounds
-        Status,    // an answer whose status is not exactly 200
-        Malformed, // a body that does not mean what it should
-        Stopped,   // ended on request; nothing of it is shown
-    };
-    Kind kind = Kind::Transport;
-    int status = -1;     // of Kind::Status: the HTTP status; -1 if the answer has none
-    QString description; // one sentence for the person at the screen, "Could not connect to the server." for instance
-    friend bool operator==(const WireFailure &, const WireFailure &) = default;
-};
-
-/// What a request brought, or why nothing. `Value` is std::monostate where only the end counts.
-template <class Value>
-class [[nodiscard]] WireResult
-{
-public:
-    WireResult() = default;
-    WireResult(Value value) : m_state(std::in_place_index<0>, std::move(value)) {}
-    WireResult(WireFailure failure) : m_state(std::in_place_index<1>, std::move(failure)) {}
-
-    explicit operator bool() const { return m_state.index() == 0; }
-    const Value &value() const { return std::get<0>(m_state); }
-    const WireFailure &failure() const { return std::get<1>(m_state); }
-
-private:
-    std::variant<Value, WireFailure> m_state;
-};
 
 struct WireOptions {
     ServerAddress address;
@@ -96,10 +65,7 @@ public:
     QCoro::Task<WireResult<QString>> digestFile(QString filename, QString content, std::stop_token stop);
 
 private:
-    QNetworkReply *post(QLatin1String path, const QByteArray &body, std::chrono::milliseconds timeout);
-
     WireOptions m_options;
-    QNetworkAccessManager m_network;
     std::stop_source m_life; // stopped when this object goes
 };
 
