@@ -4,6 +4,7 @@
 #include "foundation/AppEvents.h"
 #include "foundation/EventCenter.h"
 #include "foundation_ui/Hairline.h"
+#include "foundation_ui/ScrollEdgeButton.h"
 
 #include <QtGui/QWheelEvent>
 #include <QtWidgets/QHBoxLayout>
@@ -75,6 +76,9 @@ FormatToolbarView::FormatToolbarView(const Theme &theme, EventCenter &events, QW
     m_layout->addStretch(1);
     setWidget(m_row);
     m_row->setAutoFillBackground(false); // setting it had turned that on
+    using Edge = ScrollEdgeButton::Edge;
+    new ScrollEdgeButton(theme, ColorRole::EditorBackground, Edge::Left, tr("Show Earlier Format Commands"), *this);
+    new ScrollEdgeButton(theme, ColorRole::EditorBackground, Edge::Right, tr("Show More Format Commands"), *this);
 }
 
 void FormatToolbarView::addDivider()
@@ -112,8 +116,13 @@ void FormatToolbarView::press(const FormatButton &button)
 
 bool FormatToolbarView::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::FocusIn)
-        ensureWidgetVisible(static_cast<QWidget *>(watched), kSideMargin, 0);
+    if (event->type() == QEvent::FocusIn) {
+        // Not only in view, but clear of the signs that the row goes on.
+        const QRect place = static_cast<QWidget *>(watched)->geometry();
+        constexpr int kClear = kSideMargin + ScrollEdgeButton::kWidth;
+        ensureVisible(place.right() + 1, 0, kClear, 0);
+        ensureVisible(place.left(), 0, kClear, 0);
+    }
     return QScrollArea::eventFilter(watched, event);
 }
 

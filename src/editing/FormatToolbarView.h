@@ -11,7 +11,8 @@ class EventCenter;
 class FormatButton;
 class Theme;
 
-/// The row of format commands above a Markdown document. It scrolls sideways where it is too narrow. A click leaves the
+/// The row of format commands above a Markdown document. It scrolls sideways where it is too narrow, and
+/// shows at its ends that it goes on. A click leaves the
 /// focus in the editor, which takes a command only while it has it; a press by keyboard first gives the focus back to
 /// the editor.
 class FormatToolbarView final : public QScrollArea

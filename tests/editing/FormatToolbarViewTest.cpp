@@ -4,6 +4,7 @@
 #include "editing/MarkdownEditor.h"
 #include "foundation/AppEvents.h"
 #include "foundation_ui/Hairline.h"
+#include "foundation_ui/ScrollEdgeButton.h"
 
 #include "tests/editing/OpenFormattedEditor.h"
 #include "tests/editing/Printers.h"
@@ -269,6 +270,50 @@ TEST_F(FormatToolbar, TheWheelScrollsSidewaysWhicheverWayItTurns)
     EXPECT_GT(m_toolbar.horizontalScrollBar()->value(), once);
     wheel({0, 10000}, {});
     EXPECT_EQ(m_toolbar.horizontalScrollBar()->value(), 0);
+}
+
+TEST_F(FormatToolbar, AnEndThatIsCutShowsItAndAClickBringsTheRest)
+{
+    const auto edge = [this](const QString &name) -> QAbstractButton * {
+        for (auto *candidate : m_toolbar.findChildren<ScrollEdgeButton *>())
+            if (candidate->toolTip() == name)
+                return candidate;
+        return nullptr;
+    };
+    QAbstractButton *const earlier = edge(u"Show Earlier Format Commands"_s);
+    QAbstractButton *const more = edge(u"Show More Format Commands"_s);
+    ASSERT_TRUE(earlier && more);
+    EXPECT_FALSE(earlier->isVisible() || more->isVisible()) << "all of it is in view";
+
+    m_window.resize(350, 400);
+    QApplication::processEvents();
+    EXPECT_FALSE(earlier->isVisible());
+    EXPECT_TRUE(more->isVisible());
+    EXPECT_EQ(more->geometry().right(), 349);
+
+    QTest::mouseClick(more, Qt::LeftButton);
+    EXPECT_TRUE(isInView(button(u"hr"_s)));
+    EXPECT_FALSE(more->isVisible());
+    EXPECT_TRUE(earlier->isVisible());
+    EXPECT_EQ(QApplication::focusWidget(), &m_open.view());
+
+    QTest::mouseClick(earlier, Qt::LeftButton);
+    EXPECT_TRUE(isInView(button(u"bold"_s)));
+    EXPECT_FALSE(earlier->isVisible());
+    EXPECT_TRUE(more->isVisible());
+}
+
+TEST_F(FormatToolbar, WhatHasTheFocusIsNotUnderTheSignThatTheRowGoesOn)
+{
+    m_window.resize(350, 400);
+    QApplication::processEvents();
+
+    for (FormatButton *const each : buttons()) {
+        each->setFocus(Qt::TabFocusReason);
+        const QRect place(each->mapTo(&m_toolbar, QPoint()), each->size());
+        for (auto *edge : m_toolbar.findChildren<ScrollEdgeButton *>())
+            EXPECT_FALSE(edge->isVisible() && edge->geometry().intersects(place)) << each->type().toStdString();
+    }
 }
 
 TEST_F(FormatToolbar, AWideRowKeepsItsButtonsOnTheLeftAndDoesNotScroll)

@@ -13,7 +13,9 @@ using namespace Qt::StringLiterals;
 
 const QStringList kNames{u"arrow.clockwise"_s,
                          u"chevron.down"_s,
+                         u"chevron.left"_s,
                          u"chevron.left.forwardslash.chevron.right"_s,
+                         u"chevron.right"_s,
                          u"chevron.up"_s,
                          u"doc"_s,
                          u"doc.plaintext"_s,
