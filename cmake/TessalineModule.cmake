@@ -19,7 +19,8 @@ set(TESSALINE_ALLOWED_foundation_ui  foundation)
 set(TESSALINE_ALLOWED_editing_ui     foundation foundation_ui editing)
 set(TESSALINE_ALLOWED_documents_ui   foundation foundation_ui documents editing editing_ui)
 set(TESSALINE_ALLOWED_MarkdownUI_ui  foundation foundation_ui MarkdownUI NetworkImage)
-set(TESSALINE_ALLOWED_shell_ui       foundation foundation_ui documents documents_ui editing editing_ui shell)
+set(TESSALINE_ALLOWED_shell_ui       foundation foundation_ui documents documents_ui editing editing_ui Services panels panels_ui
+                                     shell)
 set(TESSALINE_ALLOWED_panels_ui      foundation foundation_ui documents Services panels editing MarkdownUI MarkdownUI_ui)
 
 # What a library without widgets may never reach, directly or through another; NetworkImage alone decodes with QtGui.

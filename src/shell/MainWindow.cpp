@@ -63,8 +63,9 @@ void MainWindow::connectMenu()
             [this, &area] { m_menu->setCanFind(area.currentEditor() != nullptr); });
 
     connect(m_menu, &MainMenu::quitRequested, this, &MainWindow::closeRequested);
-    connect(m_menu, &MainMenu::settingsRequested, this,
-            [this] { showDialog(m_settings, [this] { return new SettingsWindow(m_parts.theme, this); }); });
+    connect(m_menu, &MainMenu::settingsRequested, this, [this] {
+        showDialog(m_settings, [this] { return new SettingsWindow(m_parts.theme, m_parts.assistantSettings, this); });
+    });
     connect(m_menu, &MainMenu::shortcutsRequested, this, [this] {
         showDialog(m_shortcuts,
                    [this] { return new ShortcutsDialog(m_parts.theme, shortcutGroups(*m_menu, *this), this); });

@@ -9,6 +9,7 @@
 
 namespace Tessaline {
 
+class AISettings;
 class AppearanceSwitch;
 
 struct MainWindowParts {
@@ -19,6 +20,7 @@ struct MainWindowParts {
     EventCenter &events;
     UpdateManager &updates;
     AppearanceSwitch &appearance;
+    AISettings &assistantSettings;
     const Theme &theme;
     std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
 };

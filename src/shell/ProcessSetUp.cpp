@@ -15,6 +15,7 @@ void setUpProcess()
 
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 } // namespace Tessaline

@@ -8,6 +8,7 @@ namespace Tessaline {
 ///   opened would be that stream, and what is printed would land in it.
 /// - Printing into a pipe that nobody reads any more, and writing more than the limit on the size of files allows, fail
 ///   like any other write. The system would end the process on the spot, with what is not saved yet.
+/// - Children are waited for, also where the parent had said that it does not wait for its own.
 void setUpProcess();
 
 } // namespace Tessaline

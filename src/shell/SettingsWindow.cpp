@@ -1,20 +1,18 @@
 #include "shell/SettingsWindow.h"
 
-#include "shell/EmptyState.h"
+#include "panels/AISettingsView.h"
 
 #include <QtWidgets/QVBoxLayout>
 
 namespace Tessaline {
 
-SettingsWindow::SettingsWindow(const Theme &theme, QWidget *parent) : QDialog(parent)
+SettingsWindow::SettingsWindow(const Theme &theme, AISettings &settings, QWidget *parent) : QDialog(parent)
 {
     setWindowTitle(tr("Settings"));
     auto *rows = new QVBoxLayout(this);
-    rows->addWidget(
-        new EmptyState(theme, tr("Nothing to set here yet"),
-                       tr("Appearance, view and text size are chosen at the top of the window. The settings of the "
-                          "assistant come with the assistant.")));
-    resize(420, 280);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSizeConstraint(QLayout::SetFixedSize);
+    rows->addWidget(new AISettingsView(theme, settings));
 }
 
 } // namespace Tessaline

@@ -4,15 +4,16 @@
 
 namespace Tessaline {
 
+class AISettings;
 class Theme;
 
-/// The settings. They are about the assistant, so while there is none the window says where the other choices are made.
+/// The settings, which are those of the assistant. Appearance, view and text size are chosen in the window itself.
 class SettingsWindow final : public QDialog
 {
     Q_OBJECT
 public:
-    /// `theme` must outlive the window.
-    explicit SettingsWindow(const Theme &theme, QWidget *parent = nullptr);
+    /// Both must outlive the window.
+    SettingsWindow(const Theme &theme, AISettings &settings, QWidget *parent = nullptr);
 };
 
 } // namespace Tessaline

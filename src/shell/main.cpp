@@ -8,7 +8,11 @@
 #include "foundation/AppFolders.h"
 #include "foundation/EventCenter.h"
 #include "foundation/Preferences.h"
+#include "foundation/SystemMemory.h"
 #include "foundation_ui/TessalineStyle.h"
+#include "Services/AISettings.h"
+#include "Services/LocalAIService.h"
+#include "Services/ServerCandidates.h"
 #include "shell/AppDelegate.h"
 #include "shell/AppearanceSwitch.h"
 #include "shell/ApplicationIcon.h"
@@ -25,6 +29,7 @@
 #include "shell/UpdateManager.h"
 
 #include <QtCore/QFutureWatcher>
+#include <QtCore/QThread>
 #include <QtCore/QTimer>
 #include <QtGui/QDesktopServices>
 #include <QtGui/QSessionManager>
@@ -44,6 +49,34 @@ constexpr std::chrono::milliseconds kBusPatience{250};
 
 constexpr int kFailed = 1;  // exit status: could not run
 constexpr int kRefused = 2; // exit status: the arguments are wrong
+
+/// The assistant at the start and the end of the application.
+class Assistant final : public AssistantLifecycle
+{
+public:
+    explicit Assistant(LocalAIService &service) : m_service(service) {}
+
+    void startServer() override { m_service.startServer(); }
+    std::optional<FileURL> activeFileURL() const override { return m_service.activeFileURL(); }
+    void saveSession(const FileURL &url) override { m_service.saveSession(url); }
+    void stopServer() override { m_service.stopServer(); }
+
+private:
+    LocalAIService &m_service;
+};
+
+/// The server as it stands on this machine.
+ServerSupervisorParts serverParts(const Preferences &stored, const FileURL &data)
+{
+    return {.preferences = stored,
+            .checkHealth = {},
+            .cancelRequests = {},
+            .dataFolder = data,
+            .candidates = serverCandidates(FileURL(QCoreApplication::applicationDirPath())),
+            .environment = ownEnvironment(),
+            .physicalMemoryBytes = physicalMemoryBytes(),
+            .activeProcessorCount = QThread::idealThreadCount()};
+}
 
 /// Runs the event loop, without keys and clicks, until `future` has finished.
 void waitFor(const QFuture<void> &future)
@@ -72,6 +105,10 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
                      [&panels](const FileURL &folder) { return panels.askForNewDocument(folder); }});
     ProjectsList projects(workspace, events, [&panels] { return panels.askForProjectFolder(); });
 
+    const ServerSupervisorParts server = serverParts(stored, folders.data);
+    LocalAIService assistant({.server = server, .documents = store, .wire = {}});
+    AISettings assistantSettings(assistant, preferences, server.physicalMemoryBytes);
+
     // 2. The appearance.
     SystemAppearance system(SystemAppearance::ofPalette(QGuiApplication::palette()));
     AppearanceSwitch appearance(preferences, system, theme);
@@ -85,11 +122,13 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
         return new WYSIWYGEditor(
             theme, events, [](const QUrl &url) { QDesktopServices::openUrl(url); }, parent);
     };
-    MainWindow window({workspace, projects, area, preferences, events, updates, appearance, theme, makeEditor});
+    MainWindow window(
+        {workspace, projects, area, preferences, events, updates, appearance, assistantSettings, theme, makeEditor});
     panels.setWindow(&window);
 
     // 4. The start and the end.
-    AppDelegate delegate({store, nullptr, [&appearance] { appearance.apply(); }});
+    Assistant lifecycle(assistant);
+    AppDelegate delegate({store, &lifecycle, [&appearance] { appearance.apply(); }});
     const auto terminate = [&] {
         instance.stopListening(); // a new start waits for this process to end instead of being sent here
         window.hide();

@@ -200,7 +200,8 @@ TEST_F(Menu, CheckingForUpdatesReachesTheUpdater)
     configured.startUpdater = [&checks] { return std::make_unique<QuietUpdater>(checks); };
     configured.log = [](const QString &) {};
     UpdateManager updates(configured);
-    MainWindow window({m_workspace, m_projects, m_area, m_preferences, m_events, updates, m_appearance, m_theme,
+    MainWindow window({m_workspace, m_projects, m_area, m_preferences, m_events, updates, m_appearance,
+                       m_assistantSettings, m_theme,
                        [](EditorKind, QWidget *) -> DocumentEditor * { return nullptr; }});
 
     for (const QAction *entry : window.menu().actions())

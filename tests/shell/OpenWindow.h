@@ -7,6 +7,8 @@
 #include "foundation/EventCenter.h"
 #include "foundation/Preferences.h"
 #include "foundation_ui/TessalineStyle.h"
+#include "Services/AISettings.h"
+#include "Services/LocalAIService.h"
 #include "shell/AppearanceSwitch.h"
 #include "shell/ColumnSplitter.h"
 #include "shell/MainWindow.h"
@@ -109,11 +111,21 @@ protected:
                        }}};
     ProjectsList m_projects{m_workspace, m_events, [] { return std::optional<FileURL>(); }};
     UpdateManager m_updates{{QProcessEnvironment(), QVariant(), {}, [](const QString &) {}}};
+    LocalAIService m_assistant{{.server = {.preferences = m_stored,
+                                           .checkHealth = {},
+                                           .cancelRequests = {},
+                                           .dataFolder = {},
+                                           .candidates = {},
+                                           .environment = {},
+                                           .physicalMemoryBytes = quint64(8) << 30},
+                                .documents = m_store,
+                                .wire = {}}};
+    AISettings m_assistantSettings{m_assistant, m_preferences, quint64(8) << 30};
     Theme &m_theme = dressingTheme();
     SystemAppearance m_system{Appearance::Light};
     AppearanceSwitch m_appearance{m_preferences, m_system, m_theme};
-    MainWindow m_window{{m_workspace, m_projects, m_area, m_preferences, m_events, m_updates, m_appearance, m_theme,
-                         [this](EditorKind kind, QWidget *parent) -> DocumentEditor * {
+    MainWindow m_window{{m_workspace, m_projects, m_area, m_preferences, m_events, m_updates, m_appearance,
+                         m_assistantSettings, m_theme, [this](EditorKind kind, QWidget *parent) -> DocumentEditor * {
                              return kind == EditorKind::Source ? new MarkdownEditor(m_theme, m_events, parent)
                                                                : nullptr;
                          }}};
