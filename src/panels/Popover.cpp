@@ -1,0 +1,69 @@
+#include "panels/Popover.h"
+
+#include "foundation_ui/Theme.h"
+
+#include <QtGui/QPainter>
+#include <QtGui/QScreen>
+#include <QtWidgets/QVBoxLayout>
+
+#include <algorithm>
+
+namespace Tessaline {
+
+namespace {
+
+constexpr double kRadius = 8;
+constexpr int kGap = 4; // between the control and the popover
+
+} // namespace
+
+Popover::Popover(const Theme &theme, const QString &name, QWidget *parent)
+    : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint), m_theme(theme)
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAccessibleName(name);
+    setWindowTitle(name);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(kPadding, kPadding, kPadding, kPadding);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
+}
+
+void Popover::setContent(QWidget *content)
+{
+    delete m_content;
+    m_content = content;
+    m_content->setFixedWidth(kWidth - 2 * kPadding);
+    layout()->addWidget(m_content);
+}
+
+void Popover::showAt(const QWidget &anchor)
+{
+    adjustSize();
+    const QRect control(anchor.mapToGlobal(QPoint(0, 0)), anchor.size());
+    const QRect screen = anchor.screen()->availableGeometry();
+    QPoint place(control.left(), control.bottom() + 1 + kGap);
+    if (place.y() + height() > screen.bottom())
+        place.setY(control.top() - kGap - height());
+    place.setX(std::clamp(place.x(), screen.left(), std::max(screen.left(), screen.right() + 1 - width())));
+    place.setY(std::clamp(place.y(), screen.top(), std::max(screen.top(), screen.bottom() + 1 - height())));
+    move(place);
+    show();
+}
+
+void Popover::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(m_theme.color(ColorRole::BubbleBorder));
+    painter.setBrush(m_theme.color(ColorRole::Control));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+}
+
+void Popover::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    Q_EMIT closed();
+}
+
+} // namespace Tessaline

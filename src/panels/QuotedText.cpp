@@ -1,0 +1,73 @@
+#include "panels/QuotedText.h"
+
+#include "foundation_ui/Contrast.h"
+#include "foundation_ui/Fonts.h"
+
+#include <QtGui/QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Tessaline {
+
+namespace {
+
+constexpr double kRadius = 4;
+constexpr double kPadding = 6;
+constexpr int kHighest = 180; // before it scrolls
+constexpr double kTintOpacity = 0.08;
+
+} // namespace
+
+QuotedText::QuotedText(const Theme &theme, ColorRole role, Tint tint, const QString &name, const QString &text,
+                       QWidget *parent)
+    : QTextEdit(parent), m_theme(theme), m_role(role), m_tint(tint)
+{
+    setReadOnly(true);
+    setTabChangesFocus(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setAccessibleName(name);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setFont(Fonts::interface(Fonts::kSmallSize));
+    document()->setDocumentMargin(kPadding);
+    setPlainText(text);
+    connect(&theme, &Theme::changed, this, &QuotedText::takeColor);
+    takeColor();
+}
+
+void QuotedText::takeColor()
+{
+    QPalette colors = palette();
+    colors.setColor(QPalette::Base, Qt::transparent);
+    colors.setColor(QPalette::Text, m_theme.color(m_role));
+    setPalette(colors);
+    viewport()->setAutoFillBackground(false);
+}
+
+QSize QuotedText::sizeHint() const
+{
+    const int height = static_cast<int>(std::ceil(document()->size().height()));
+    return {120, std::min(height, kHighest)};
+}
+
+void QuotedText::paintEvent(QPaintEvent *event)
+{
+    if (m_tint == Tint::OwnColor) {
+        QPainter painter(viewport());
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(withOpacity(m_theme.color(m_role), kTintOpacity));
+        painter.drawRoundedRect(QRectF(viewport()->rect()), kRadius, kRadius);
+    }
+    QTextEdit::paintEvent(event);
+}
+
+void QuotedText::resizeEvent(QResizeEvent *event)
+{
+    QTextEdit::resizeEvent(event);
+    updateGeometry(); // other lines, another height
+}
+
+} // namespace Tessaline

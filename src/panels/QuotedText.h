@@ -1,0 +1,36 @@
+#pragma once
+
+#include "foundation_ui/Theme.h"
+
+#include <QtWidgets/QTextEdit>
+
+namespace Tessaline {
+
+/// A text that can be read, selected and copied, on a tint of its own colour or on none. As high as its lines, up to a
+/// bound, behind which it scrolls.
+class QuotedText final : public QTextEdit
+{
+    Q_OBJECT
+public:
+    enum class Tint { None, OwnColor };
+
+    /// `theme` must outlive the text. `name` is for assistive technology.
+    QuotedText(const Theme &theme, ColorRole role, Tint tint, const QString &name, const QString &text,
+               QWidget *parent = nullptr);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void takeColor();
+
+    const Theme &m_theme;
+    ColorRole m_role;
+    Tint m_tint;
+};
+
+} // namespace Tessaline
