@@ -12,7 +12,7 @@ std::unique_ptr<QMimeData> PlainTextDelegate::makeTransfer(const TextRange &rang
 
 bool PlainTextDelegate::insertTransfer(const QMimeData &transfer, const TextRange &range)
 {
-    const QString text = transfer.text();
+    const QString text = plainTextOf(transfer);
     if (text.isEmpty())
         return false;
     m_text.replace(range, text, EditKind::Other);
@@ -21,7 +21,7 @@ bool PlainTextDelegate::insertTransfer(const QMimeData &transfer, const TextRang
 
 bool PlainTextDelegate::canInsert(const QMimeData &transfer) const
 {
-    return transfer.hasText();
+    return hasPlainText(transfer);
 }
 
 } // namespace Tessaline

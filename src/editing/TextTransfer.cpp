@@ -1,6 +1,7 @@
 #include "editing/TextTransfer.h"
 
 #include <QtCore/QStringList>
+#include <QtGui/QTextDocumentFragment>
 
 namespace Tessaline {
 
@@ -9,6 +10,19 @@ namespace {
 const QString kPlainText = QStringLiteral("text/plain");
 
 } // namespace
+
+bool hasPlainText(const QMimeData &transfer)
+{
+    return transfer.hasText() || transfer.hasHtml();
+}
+
+QString plainTextOf(const QMimeData &transfer)
+{
+    if (transfer.hasText())
+        return transfer.text();
+    QString text = QTextDocumentFragment::fromHtml(transfer.html()).toPlainText();
+    return text.remove(QChar(QChar::ObjectReplacementCharacter)); // stands for pictures
+}
 
 TextTransfer::TextTransfer(ChunkedText text, const TextRange &range) : m_text(std::move(text)), m_range(range) {}
 

@@ -7,6 +7,11 @@
 
 namespace Tessaline {
 
+/// Whether a transfer has characters to put into a text, and these: its plain text, or if it has HTML alone what that
+/// shows.
+bool hasPlainText(const QMimeData &transfer);
+QString plainTextOf(const QMimeData &transfer);
+
 /// A stretch of a text for the clipboard or a drag. It keeps a snapshot of the text and makes the characters only when
 /// somebody asks, so that selecting or copying ten megabytes costs nothing until they are pasted.
 class TextTransfer final : public QMimeData

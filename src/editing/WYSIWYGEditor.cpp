@@ -3,6 +3,7 @@
 #include "editing/BlockStyle.h"
 #include "editing/FormattedTransfer.h"
 #include "editing/TextBoundaries.h"
+#include "editing/TextTransfer.h"
 #include "editing/TextView.h"
 #include "foundation/AppEvents.h"
 #include "foundation_ui/LinkQuestion.h"
@@ -119,7 +120,7 @@ std::unique_ptr<QMimeData> WYSIWYGEditor::makeTransfer(const TextRange &range)
 
 bool WYSIWYGEditor::canInsert(const QMimeData &transfer) const
 {
-    return transfer.hasText() || FormattedTransfer::attributedText(transfer).has_value();
+    return hasPlainText(transfer) || FormattedTransfer::attributedText(transfer).has_value();
 }
 
 bool WYSIWYGEditor::insertTransfer(const QMimeData &transfer, const TextRange &range)
@@ -132,7 +133,7 @@ bool WYSIWYGEditor::insertTransfer(const QMimeData &transfer, const TextRange &r
         editable().replace(range, *attributed, TextSelection{behind, behind});
         return true;
     }
-    QString text = transfer.text();
+    QString text = plainTextOf(transfer);
     text.replace(u"\r\n"_s, u"\n"_s).replace(u'\r', u'\n');
     if (text.isEmpty())
         return false;

@@ -255,6 +255,20 @@ TEST(FormattedTransfer, ForeignRichTextPastesAsPlainText)
     EXPECT_EQ(open.markdown(), u"- abig bold"_s);
 }
 
+TEST(FormattedTransfer, HtmlAlonePastesAsWhatItShows)
+{
+    OpenFormattedEditor open(u"- a"_s);
+    auto transfer = std::make_unique<QMimeData>();
+    transfer->setHtml(u"<style>p { color: red }</style><p>one&nbsp;<b>two</b><img src='x.png'></p>"
+                      "<script>three()</script><table><tr><td>four</td></tr></table><p>five"_s);
+    offer(std::move(transfer));
+    open.putCaretAtEnd();
+
+    paste(open);
+
+    EXPECT_EQ(open.markdown(), u"- aone two\n- four\n- \n- five"_s);
+}
+
 TEST(FormattedTransfer, SyntaxInPastedTextStaysText)
 {
     OpenFormattedEditor open;

@@ -49,4 +49,20 @@ TEST(TextTransfer, IsASnapshot)
     EXPECT_EQ(transfer.text(), u"before"_s);
 }
 
+TEST(PlainTextOfATransfer, IsItsPlainTextOrWhatItsHtmlShows)
+{
+    QMimeData html;
+    html.setHtml(u"a<br>b <i>c</i> <img src='x.png'>d"_s);
+    EXPECT_TRUE(hasPlainText(html));
+    EXPECT_EQ(plainTextOf(html), u"a\nb c d"_s);
+
+    QMimeData both;
+    both.setHtml(u"<b>rich</b>"_s);
+    both.setText(u"plain"_s);
+    EXPECT_EQ(plainTextOf(both), u"plain"_s);
+
+    EXPECT_FALSE(hasPlainText(QMimeData()));
+    EXPECT_EQ(plainTextOf(QMimeData()), QString());
+}
+
 } // namespace Tessaline
