@@ -32,6 +32,14 @@ QString Arguments::text(const char *name) const
     return textFrom(value);
 }
 
+std::optional<QString> Arguments::textIfThere(const char *name) const
+{
+    const auto found = m_request.find(name);
+    if (found == m_request.end() || found->is_null())
+        return std::nullopt;
+    return text(name);
+}
+
 QStringList Arguments::texts(const char *name) const
 {
     const Json &value = valueOf(name);
@@ -49,6 +57,13 @@ double Arguments::number(const char *name) const
     if (!value.is_number())
         throw BadArgument('"' + std::string(name) + "\" is not a number.");
     return value.get<double>();
+}
+
+std::optional<double> Arguments::optionalNumber(const char *name) const
+{
+    if (valueOf(name).is_null())
+        return std::nullopt;
+    return number(name);
 }
 
 qint64 Arguments::integer(const char *name) const

@@ -4,6 +4,7 @@
 
 #include <QtCore/QStringList>
 
+#include <optional>
 #include <stdexcept>
 
 namespace Tessaline::Probe {
@@ -25,8 +26,12 @@ public:
     explicit Arguments(const Json &request) : m_request(request) {}
 
     QString text(const char *name) const;
+    /// Absent for null and where there is no such argument.
+    std::optional<QString> textIfThere(const char *name) const;
     QStringList texts(const char *name) const;
     double number(const char *name) const;
+    /// Absent for null.
+    std::optional<double> optionalNumber(const char *name) const;
     /// A number without a fraction that fits 64 bits.
     qint64 integer(const char *name) const;
     bool flag(const char *name) const;

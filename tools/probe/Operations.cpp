@@ -5,7 +5,9 @@ namespace Tessaline::Probe {
 std::vector<Operation> allOperations()
 {
     std::vector<Operation> all;
-    for (const std::span<const Operation> module : {documentsOperations(), editingOperations(), panelsOperations()})
+    for (const std::span<const Operation> module :
+         {documentsOperations(), editingOperations(), markdownDisplayOperations(), panelsOperations(),
+          servicesOperations()})
         all.insert(all.end(), module.begin(), module.end());
     return all;
 }

@@ -16,7 +16,9 @@ struct Operation {
 
 std::span<const Operation> documentsOperations();
 std::span<const Operation> editingOperations();
+std::span<const Operation> markdownDisplayOperations();
 std::span<const Operation> panelsOperations();
+std::span<const Operation> servicesOperations();
 
 /// Those of all modules.
 std::vector<Operation> allOperations();
