@@ -66,19 +66,6 @@ CodeLook codeLook(const CodeLeaf &leaf, const DisplayEnvironment &environment)
     return look;
 }
 
-/// The text as it is rendered now, with the pictures that have come.
-AttributedString rendered(const TextLeaf &leaf, const DisplayEnvironment &environment, PictureStore &pictures)
-{
-    if (leaf.inlines.isEmpty())
-        return leaf.text;
-    QSet<QString> loaded;
-    for (const QString &source : imageSources(leaf.inlines))
-        if (!pictures.image(source).isNull())
-            loaded.insert(source);
-    return renderText(leaf.inlines, environment.baseURL, environment.theme.inlineTextStyles(), loaded,
-                      environment.softBreakMode, leaf.attributes);
-}
-
 class Maker
 {
 public:
@@ -88,8 +75,8 @@ public:
 
     std::unique_ptr<BlockBox> operator()(const TextLeaf &leaf) const
     {
-        StyledText text = styledText(rendered(leaf, m_environment, m_pictures), leaf.attributes, m_environment.scheme,
-                                     leaf.lineSpacing, lookup(), m_width);
+        StyledText text = styledText(renderedText(leaf, m_environment, m_pictures), leaf.attributes,
+                                     m_environment.scheme, leaf.lineSpacing, lookup(), m_width);
         TextDivider divider;
         if (leaf.divider)
             divider = {static_cast<int>(leaf.divider->padding.points(leaf.attributes.fontProperties)), 1,
@@ -168,6 +155,18 @@ private:
 };
 
 } // namespace
+
+AttributedString renderedText(const TextLeaf &leaf, const DisplayEnvironment &environment, PictureStore &pictures)
+{
+    if (leaf.inlines.isEmpty())
+        return leaf.text;
+    QSet<QString> loaded;
+    for (const QString &source : imageSources(leaf.inlines))
+        if (!pictures.image(source).isNull())
+            loaded.insert(source);
+    return renderText(leaf.inlines, environment.baseURL, environment.theme.inlineTextStyles(), loaded,
+                      environment.softBreakMode, leaf.attributes);
+}
 
 std::unique_ptr<BlockBox> makeBox(const LeafContent &content, const DisplayEnvironment &environment,
                                   PictureStore &pictures, int width)

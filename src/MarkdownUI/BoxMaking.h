@@ -13,6 +13,9 @@ class PictureStore;
 std::unique_ptr<BlockBox> makeBox(const LeafContent &content, const DisplayEnvironment &environment,
                                   PictureStore &pictures, int width);
 
+/// The text of a paragraph or heading as its box has it.
+AttributedString renderedText(const TextLeaf &leaf, const DisplayEnvironment &environment, PictureStore &pictures);
+
 /// About how high a leaf is, without laying it out.
 int estimatedHeight(const LeafContent &content, const DisplayEnvironment &environment, int width);
 

@@ -2,11 +2,6 @@
 
 #include "MarkdownUI/BoxMaking.h"
 #include "MarkdownUI/PictureStore.h"
-#include "MarkdownUI/TextFonts.h"
-
-#include "foundation_ui/FocusRing.h"
-
-#include <QtGui/QPainter>
 
 #include <algorithm>
 #include <cmath>
@@ -16,13 +11,9 @@
 
 namespace MarkdownUI {
 
-using Tessaline::TextRange;
-
 namespace {
 
 constexpr int kNarrowestText = 96; // points; containers that would leave less for their content are not indented
-constexpr double kFocusRadius = 3;
-constexpr double kFocusDistance = 1;
 constexpr int kLowest = std::numeric_limits<int>::max() / 2; // heights of hostile texts end here
 
 int revisionOf(const LeafContent &content)
@@ -91,7 +82,7 @@ void MarkdownDisplay::setBlocks(const QList<BlockNode> &blocks, qsizetype firstC
     // 2. The new blocks take over what is the same in them.
     for (qsizetype i = firstChanged; i < blocks.size(); ++i)
         appendBlock(blocks.at(i), old, oldFirst);
-    Q_EMIT changed();
+    announceChange();
 }
 
 void MarkdownDisplay::appendBlock(const BlockNode &source, std::vector<Leaf> &old, qsizetype oldFirst)
@@ -145,6 +136,12 @@ void MarkdownDisplay::reuse(Leaf &leaf, Leaf &old)
     }
 }
 
+void MarkdownDisplay::announceChange()
+{
+    ++m_revision;
+    Q_EMIT changed();
+}
+
 // Places
 
 void MarkdownDisplay::placeContainers(Block &block) const
@@ -196,7 +193,7 @@ void MarkdownDisplay::setWidth(int width)
         return;
     m_width = width;
     guessAll();
-    Q_EMIT changed();
+    announceChange();
 }
 
 int MarkdownDisplay::topOf(qsizetype index) const
@@ -240,6 +237,31 @@ MarkdownDisplay::Anchor MarkdownDisplay::anchorAt(int y) const
 int MarkdownDisplay::yOf(const Anchor &anchor) const
 {
     return topOf(std::clamp<qsizetype>(anchor.leaf, 0, leafCount())) + anchor.offset;
+}
+
+MarkdownDisplay::Anchor MarkdownDisplay::moved(Anchor anchor, int points)
+{
+    if (m_leaves.empty())
+        return {0, anchor.offset + points};
+    anchor.leaf = std::clamp<qsizetype>(anchor.leaf, 0, leafCount() - 1);
+    anchor.offset += points;
+    const auto heightOf = [this](qsizetype index) {
+        layOut(index);
+        return leafAt(index).padding + leafAt(index).height;
+    };
+    while (anchor.offset < 0 && anchor.leaf > 0)
+        anchor.offset += heightOf(--anchor.leaf);
+    while (anchor.leaf + 1 < leafCount() && anchor.offset >= heightOf(anchor.leaf))
+        anchor.offset -= heightOf(anchor.leaf++);
+    return anchor;
+}
+
+void MarkdownDisplay::prepareEnd(int height)
+{
+    for (qsizetype index = leafCount() - 1; index >= 0 && height > 0; --index) {
+        layOut(index);
+        height -= leafAt(index).padding + leafAt(index).height;
+    }
 }
 
 // Layout
@@ -303,7 +325,7 @@ void MarkdownDisplay::forgetPictures()
         leaf.isExact = false;
         leaf.targetCount = -1;
     }
-    Q_EMIT changed();
+    announceChange();
 }
 
 QRectF MarkdownDisplay::leafRect(qsizetype index) const
@@ -322,6 +344,24 @@ std::vector<const OutlineContainer *> MarkdownDisplay::containersOf(qsizetype in
     return containers;
 }
 
+std::vector<MarkdownDisplay::ShownContainer> MarkdownDisplay::shownContainersOf(qsizetype index) const
+{
+    std::vector<ShownContainer> shown;
+    const Leaf &leaf = leafAt(index);
+    if (leaf.outline.container < 0)
+        return shown;
+    const Block &block = m_blocks[static_cast<size_t>(leaf.block)];
+    const Place innermost = placeOf(leaf);
+    for (int i = innermost.isShown ? leaf.outline.container : innermost.shownParent; i >= 0;
+         i = block.places[static_cast<size_t>(i)].shownParent) {
+        const OutlineContainer &container = block.containers[static_cast<size_t>(i)];
+        const Place &place = block.places[static_cast<size_t>(i)];
+        shown.push_back({&container, place.x - container.leading, block.firstLeaf + container.firstLeaf,
+                         block.firstLeaf + container.lastLeaf});
+    }
+    return shown;
+}
+
 bool MarkdownDisplay::isFirstOf(qsizetype index, const OutlineContainer &container) const
 {
     return m_blocks[static_cast<size_t>(leafAt(index).block)].firstLeaf + container.firstLeaf == index;
@@ -333,86 +373,15 @@ QString MarkdownDisplay::leafText(qsizetype index) const
     return leaf.box ? leaf.box->text() : makeBox(leaf.outline.content, m_environment, *m_pictures, m_width)->text();
 }
 
-// Painting
-
-TextRange MarkdownDisplay::selectionIn(const DisplayRange &selection, qsizetype index) const
+AttributedString MarkdownDisplay::styledLeafText(qsizetype index, qsizetype cell) const
 {
-    if (selection.isEmpty() || index < selection.start.leaf || index > selection.end.leaf)
-        return {};
-    const qsizetype start = index == selection.start.leaf ? selection.start.offset : 0;
-    const qsizetype end = index == selection.end.leaf ? selection.end.offset : std::numeric_limits<int>::max() / 2;
-    return {start, std::max<qsizetype>(end - start, 0)};
-}
-
-void MarkdownDisplay::paint(QPainter &painter, QPointF origin, const QRectF &clip, const DisplayPaint &paint)
-{
-    std::vector<const OutlineContainer *> done;
-    const double top = clip.top() - origin.y();
-    const double bottom = clip.bottom() - origin.y();
-    prepare(static_cast<int>(std::floor(top)), static_cast<int>(std::ceil(bottom)));
-    for (qsizetype index = std::max<qsizetype>(leafAtY(top), 0); index < leafCount() && topOf(index) < bottom;
-         ++index) {
-        paintContainers(painter, origin, index, done);
-        const BlockBox &current = box(index);
-        BoxPaint boxPaint;
-        boxPaint.selection = selectionIn(paint.selection, index);
-        boxPaint.selectionColor = paint.selectionColor;
-        boxPaint.isHovered = paint.hoveredLeaf == index;
-        boxPaint.focusedTarget = paint.focused.leaf == index ? paint.focused.index : -1;
-        boxPaint.hoveredTarget = paint.hovered.leaf == index ? paint.hovered.index : -1;
-        boxPaint.finishedTarget = paint.finished.leaf == index ? paint.finished.index : -1;
-        boxPaint.clip = clip;
-        current.paint(painter, origin + leafRect(index).topLeft(), boxPaint);
-        if (boxPaint.focusedTarget < 0)
-            continue;
-        painter.save();
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(paint.focusColor, Tessaline::FocusRing::kWidth));
-        constexpr double kOut = kFocusDistance + Tessaline::FocusRing::kWidth / 2;
-        for (const QRectF &rect : target(paint.focused).rects)
-            painter.drawRoundedRect(rect.translated(origin).adjusted(-kOut, -kOut, kOut, kOut), kFocusRadius,
-                                    kFocusRadius);
-        painter.restore();
-    }
-}
-
-/// Bars of quotes, each once, and the markers of the items that begin with a leaf.
-void MarkdownDisplay::paintContainers(QPainter &painter, QPointF origin, qsizetype index,
-                                      std::vector<const OutlineContainer *> &done)
-{
-    const Leaf &leaf = leafAt(index);
-    if (leaf.outline.container < 0)
-        return;
-    const Block &block = m_blocks[static_cast<size_t>(leaf.block)];
-    const Place innermost = placeOf(leaf);
-    for (int i = innermost.isShown ? leaf.outline.container : innermost.shownParent; i >= 0;
-         i = block.places[static_cast<size_t>(i)].shownParent) {
-        const OutlineContainer &container = block.containers[static_cast<size_t>(i)];
-        const Place &place = block.places[static_cast<size_t>(i)];
-        const double left = origin.x() + place.x - container.leading;
-        if (const auto *const item = std::get_if<ItemPlace>(&container.kind)) {
-            if (isFirstOf(index, container)) {
-                const double baseline = std::round(leafRect(index).top() + box(index).firstBaseline());
-                const QFontMetricsF metrics(item->marker.font);
-                const bool hasText = box(index).firstBaseline() > 0;
-                item->marker.paint(painter, left,
-                                   origin.y() + (hasText ? baseline : leafRect(index).top() + metrics.ascent()));
-            }
-        } else if (std::find(done.begin(), done.end(), &container) == done.end()) {
-            done.push_back(&container);
-            const auto &quote = std::get<QuoteBar>(container.kind);
-            const double barTop = leafRect(block.firstLeaf + container.firstLeaf).top();
-            const double barBottom = leafRect(block.firstLeaf + container.lastLeaf).bottom();
-            painter.save();
-            painter.setRenderHint(QPainter::Antialiasing);
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(colorOf(quote.color, m_environment.scheme));
-            const double radius = std::min(quote.radius, quote.width / 2.0);
-            painter.drawRoundedRect(QRectF(left, origin.y() + barTop, quote.width, barBottom - barTop), radius, radius);
-            painter.restore();
-        }
-    }
+    const LeafContent &content = leafAt(index).outline.content;
+    if (const TextLeaf *const text = std::get_if<TextLeaf>(&content))
+        return renderedText(*text, m_environment, *m_pictures);
+    if (const TableRowLeaf *const row = std::get_if<TableRowLeaf>(&content))
+        return row->table->renderedCell(row->row, cell,
+                                        [this](const QString &source) { return m_pictures->image(source); });
+    return {};
 }
 
 // Text

@@ -11,8 +11,6 @@
 #include <memory>
 #include <vector>
 
-class QPainter;
-
 namespace MarkdownUI {
 
 class PictureStore;
@@ -38,17 +36,6 @@ struct TargetPlace {
     int index = -1; // of the leaf's targets
     bool isValid() const { return leaf >= 0; }
     friend bool operator==(const TargetPlace &, const TargetPlace &) = default;
-};
-
-/// What may differ from one painting of a display to the next.
-struct DisplayPaint {
-    DisplayRange selection;
-    QColor selectionColor;
-    TargetPlace hovered;
-    TargetPlace focused;  // is drawn with a ring around
-    TargetPlace finished; // a button that has done its work
-    qsizetype hoveredLeaf = -1;
-    QColor focusColor;
 };
 
 /// A Markdown text as a column of laid-out blocks of a width, without a widget: a view paints it, and so does a list of
@@ -91,20 +78,34 @@ public:
     };
     Anchor anchorAt(int y) const;
     int yOf(const Anchor &anchor) const;
-
-    /// Paints what touches `clip`, with the top left corner at `origin`; both in the painter's coordinates.
-    void paint(QPainter &painter, QPointF origin, const QRectF &clip, const DisplayPaint &paint);
+    /// The place some points further down, or up if negative. Lays out what is passed, so that the way is exact; for
+    /// ways of a few screens. It ends at the first and at the last leaf, where offsets can lie outside.
+    Anchor moved(Anchor anchor, int points);
+    /// Lays out the last leaves, as many as fill a height: the end of the text is then where `height` says.
+    void prepareEnd(int height);
 
     // Leaves: paragraphs, rows of tables, blocks of code, from top to bottom
     qsizetype leafCount() const { return static_cast<qsizetype>(m_leaves.size()); }
     const OutlineLeaf &leaf(qsizetype index) const { return leafAt(index).outline; }
+    qsizetype blockOf(qsizetype leaf) const { return leafAt(leaf).block; } // of the document
     /// The containers around a leaf, the innermost first.
     std::vector<const OutlineContainer *> containersOf(qsizetype leaf) const;
+    /// A container that there is room for, with its left edge. Deeper ones are not drawn, and indent nothing.
+    struct ShownContainer {
+        const OutlineContainer *container = nullptr;
+        int left = 0;
+        qsizetype firstLeaf = 0; // of the display
+        qsizetype lastLeaf = 0;
+    };
+    std::vector<ShownContainer> shownContainersOf(qsizetype leaf) const; // the innermost first
     /// Whether the leaf is the first of a container that `containersOf` gave for it.
     bool isFirstOf(qsizetype leaf, const OutlineContainer &container) const;
     QRectF leafRect(qsizetype index) const; // without the padding above
     qsizetype leafAtY(double y) const;      // the one above a gap; -1 without any leaf
     QString leafText(qsizetype index) const;
+    /// The text of a leaf with its styles: of a paragraph or heading, or of a cell in a row of a table. Empty for
+    /// others.
+    AttributedString styledLeafText(qsizetype index, qsizetype cell = 0) const;
     /// The laid-out leaf.
     const BlockBox &box(qsizetype index);
 
@@ -129,6 +130,9 @@ public:
     bool scrollSideways(QPointF point, double points);
     /// Moves a block sideways so that a rectangle of the display is seen, as far as that is a question of sideways.
     void showSideways(qsizetype leaf, const QRectF &rect);
+
+    /// Counts how often it was `changed`, for those who keep something made from it.
+    int revision() const { return m_revision; }
 
 Q_SIGNALS:
     /// The text is another one, or stands elsewhere: a new content or width, or a picture that has come. Not emitted
@@ -174,10 +178,8 @@ private:
     void guessAll();
     void layOut(qsizetype index);
     void forgetPictures();
+    void announceChange();
     int topOf(qsizetype index) const; // of the padding above the leaf
-    void paintContainers(QPainter &painter, QPointF origin, qsizetype leaf,
-                         std::vector<const OutlineContainer *> &done);
-    Tessaline::TextRange selectionIn(const DisplayRange &selection, qsizetype leaf) const;
 
     DisplayEnvironment m_environment;
     std::unique_ptr<PictureStore> m_pictures;
@@ -185,6 +187,7 @@ private:
     std::vector<Block> m_blocks;
     std::vector<Leaf> m_leaves;
     int m_width = 600;
+    int m_revision = 0;
     mutable std::vector<int> m_tops; // one more than there are leaves
     mutable size_t m_validTops = 0;  // how many of them are right
 };

@@ -63,19 +63,23 @@ std::shared_ptr<const TextEstimate> TableContent::estimateOf(qsizetype row) cons
     return row == 0 ? m_headerEstimate : m_bodyEstimate;
 }
 
-StyledText TableContent::cellText(qsizetype row, const RawTableCell &cell, const PictureLookup &pictures) const
+AttributedString TableContent::renderedCell(qsizetype row, qsizetype column, const PictureLookup &pictures) const
 {
-    const MarkdownUIAttributes attributes = cellAttributes(row);
+    const QList<InlineNode> &content = m_rows.at(row).cells.at(column).content;
     QSet<QString> loaded;
     if (pictures)
-        for (const QString &source : imageSources(cell.content))
+        for (const QString &source : imageSources(content))
             if (!pictures(source).isNull())
                 loaded.insert(source);
-    const AttributedString text =
-        renderText(cell.content, m_environment.baseURL, m_environment.theme.inlineTextStyles(), loaded,
-                   m_environment.softBreakMode, attributes);
+    return renderText(content, m_environment.baseURL, m_environment.theme.inlineTextStyles(), loaded,
+                      m_environment.softBreakMode, cellAttributes(row));
+}
+
+StyledText TableContent::cellText(qsizetype row, qsizetype column, const PictureLookup &pictures) const
+{
     constexpr double kWidestPicture = 240; // in a cell
-    return styledText(text, attributes, m_environment.scheme, m_lineSpacing, pictures, kWidestPicture);
+    return styledText(renderedCell(row, column, pictures), cellAttributes(row), m_environment.scheme, m_lineSpacing,
+                      pictures, kWidestPicture);
 }
 
 void TableContent::measureRow(qsizetype row)
@@ -87,7 +91,7 @@ void TableContent::measureRow(qsizetype row)
         const InlineNode::Text *const only =
             cell.content.size() == 1 ? cell.content.first().as<InlineNode::Text>() : nullptr;
         const QString text = only ? only->text : plainText(cell.content);
-        m_columns->take(column, text, *estimateOf(row), [&] { return cellText(row, cell, {}); });
+        m_columns->take(column, text, *estimateOf(row), [&] { return cellText(row, column, {}); });
     }
 }
 
@@ -128,8 +132,8 @@ std::unique_ptr<TableRowBox> TableContent::makeRow(qsizetype row, const PictureL
 {
     std::vector<StyledText> cells;
     cells.reserve(static_cast<size_t>(m_rows.at(row).cells.size()));
-    for (const RawTableCell &cell : m_rows.at(row).cells)
-        cells.push_back(cellText(row, cell, pictures));
+    for (qsizetype column = 0; column < m_rows.at(row).cells.size(); ++column)
+        cells.push_back(cellText(row, column, pictures));
     const QColor background =
         colorOf(m_environment.theme.table.background.background(static_cast<int>(row), 0), m_environment.scheme);
     return std::make_unique<TableRowBox>(m_columns, estimateOf(row), std::move(cells), background,

@@ -33,12 +33,15 @@ public:
     int revision() const { return m_revision; }
 
     std::unique_ptr<TableRowBox> makeRow(qsizetype row, const PictureLookup &pictures) const;
+    /// A cell's text as its row has it.
+    AttributedString renderedCell(qsizetype row, qsizetype column, const PictureLookup &pictures) const;
+    const QList<RawTableColumnAlignment> &alignments() const { return m_alignments; }
     /// The height of a row, mostly right, without laying it out.
     int estimatedHeight(qsizetype row) const;
 
 private:
     MarkdownUIAttributes cellAttributes(qsizetype row) const;
-    StyledText cellText(qsizetype row, const RawTableCell &cell, const PictureLookup &pictures) const;
+    StyledText cellText(qsizetype row, qsizetype column, const PictureLookup &pictures) const;
     void measureRow(qsizetype row);
     std::shared_ptr<const TextEstimate> estimateOf(qsizetype row) const;
 
