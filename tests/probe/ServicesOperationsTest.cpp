@@ -1,0 +1,116 @@
+#include "tests/probe/ProbeProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+
+namespace Tessaline {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct Case {
+    const char *name;
+    const char *request; // without the braces
+    const char *result;  // as JSON
+};
+
+/// Any value of JSON.
+QJsonValue read(const QByteArray &json)
+{
+    return QJsonDocument::fromJson('[' + json + ']').array().at(0);
+}
+
+const Case kCases[] = {
+    {"ARequestInFull",
+     R"("op":"encodeChatRequest","prompt":"a/b","fileContent":"","contexts":[{"name":"n","subtitle":"s","content":"c",
+        "digest":null}],"workspaceItems":[{"name":"w","content":"x"}],"history":[{"role":"user","content":"q"}],
+        "temperature":0.7,"topP":1)",
+     R"("{\"prompt\":\"a\\/b\",\"file_content\":\"\",\"context_items\":[{\"name\":\"n\",\"subtitle\":\"s\",\"content\":\"c\"}],\"workspace_context_items\":[{\"name\":\"w\",\"content\":\"x\"}],\"history\":[{\"role\":\"user\",\"content\":\"q\"}],\"temperature\":0.7,\"top_p\":1}")"},
+    {"ARequestWithNothing",
+     R"("op":"encodeChatRequest","prompt":"","fileContent":null,"contexts":[],"workspaceItems":[],"history":[],
+        "temperature":0.3,"topP":0.9)",
+     R"("{\"prompt\":\"\",\"temperature\":0.3,\"top_p\":0.9}")"},
+    {"WrittenMessages",
+     R"("op":"encodeChatHistory","messages":[{"id":"0f9619ff-8b86-d011-b42d-00cf4fc964ab","role":"user","content":"a"}])",
+     R"("[\n  {\n    \"id\" : \"0F9619FF-8B86-D011-B42D-00CF4FC964AB\",\n    \"role\" : \"user\",\n    \"content\" : \"a\"\n  }\n]")"},
+    {"ReadMessages",
+     R"("op":"decodeChatHistory",
+        "text":"[{\"id\":\"0f9619ff-8b86-d011-b42d-00cf4fc964ab\",\"role\":\"user\",\"content\":\"a\"}]")",
+     R"([{"id":"0F9619FF-8B86-D011-B42D-00CF4FC964AB","role":"user","content":"a"}])"},
+    {"MessagesWithABadId", R"("op":"decodeChatHistory","text":"[{\"id\":\"x\",\"role\":\"user\",\"content\":\"a\"}]")",
+     "null"},
+    {"WrittenItems", R"("op":"encodeContexts","items":[{"name":"n","content":"c","digest":"d"}])",
+     R"("[\n  {\n    \"name\" : \"n\",\n    \"content\" : \"c\",\n    \"digest\" : \"d\"\n  }\n]")"},
+    {"ReadItems", R"("op":"decodeContexts","text":"[{\"name\":\"n\",\"content\":\"c\",\"digest\":\"d\"}]")",
+     R"([{"name":"n","subtitle":null,"content":"c","digest":"d"}])"},
+    {"ItemsThatDoNotDecode", R"("op":"decodeContexts","text":"{}")", "null"},
+    {"AConcept",
+     R"("op":"decodeConceptResponse",
+        "text":"{\"status\":\"success\",\"card\":{\"title\":\"t\",\"subtitle\":\"s\",\"content\":\"c\"}}")",
+     R"({"status":"success","card":{"title":"t","subtitle":"s","content":"c"},"options":null})"},
+    {"AnAmbiguousConcept", R"("op":"decodeConceptResponse","text":"{\"status\":\"ambiguous\",\"options\":[]}")",
+     R"({"status":"ambiguous","card":null,"options":[]})"},
+    {"NoConcept", R"("op":"decodeConceptResponse","text":"{}")", "null"},
+    {"AToken", R"("op":"streamLine","path":"oneShot","line":"data: {\"token\":\"é\"}")",
+     R"({"kind":"token","token":"é"})"},
+    {"ALineThatIsIgnored", R"("op":"streamLine","path":"oneShot","line":"data:[DONE]")", R"({"kind":"ignored"})"},
+    {"ALineThatIsDone", R"("op":"streamLine","path":"chat","line":"data:[DONE]")", R"({"kind":"done"})"},
+    {"AnError", R"("op":"streamLine","path":"chat","line":"data: {\"error\":\"e\"}")",
+     R"({"kind":"error","error":"e"})"},
+    {"Stats",
+     R"("op":"streamLine","path":"chat","line":"data: {\"context\":{\"context_window_tokens\":1,\"estimated_input_tokens\":2,\"active_document_chars\":3,\"attached_context_count\":4,\"workspace_context_count\":5,\"history_message_count\":6}}")",
+     R"({"kind":"context","stats":{"context_window_tokens":1,"estimated_input_tokens":2,"active_document_chars":3,
+        "attached_context_count":4,"workspace_context_count":5,"history_message_count":6}})"},
+    {"LinesOfAStream", R"("op":"splitStream","chunks":["a\r","\n\nb","c\r","d"])", R"(["a","","bc","d"])"},
+    {"TheStatusLine",
+     R"("op":"statusLine","stats":{"context_window_tokens":1,"estimated_input_tokens":2345,"active_document_chars":3,
+        "attached_context_count":1,"workspace_context_count":3,"history_message_count":6})",
+     R"("Using document + 4 sources · ~2.3K tokens")"},
+};
+
+std::string nameOfCase(const testing::TestParamInfo<Case> &parameter)
+{
+    return parameter.param.name;
+}
+
+class ServicesOperations : public testing::TestWithParam<Case>
+{};
+
+} // namespace
+
+TEST_P(ServicesOperations, Answers)
+{
+    ProbeProcess probe;
+
+    const QByteArray request = QByteArray('{' + QByteArray(GetParam().request) + '}').replace('\n', ' ');
+    const QByteArray answer = probe.answerTo(request);
+
+    const QJsonObject expected{{u"ok"_s, true}, {u"result"_s, read(GetParam().result)}};
+    EXPECT_EQ(QJsonDocument::fromJson(answer).object(), expected) << answer.constData();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ServicesOperations, testing::ValuesIn(kCases), nameOfCase);
+
+TEST(ServicesOperationsErrors, WrongArgumentsAreNamed)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {R"({"op":"encodeContexts","items":[1]})", "An element of \"items\" is not an object."},
+        {R"({"op":"encodeContexts","items":[{"name":"n","content":"c","digest":1}]})", R"("digest" is not a text.)"},
+        {R"({"op":"encodeChatHistory","messages":[{"id":"x","role":"user","content":""}]})",
+         "The id of a message is not a UUID."},
+        {R"({"op":"streamLine","line":"","path":"x"})", R"("path" is neither "chat" nor "oneShot".)"},
+        {R"({"op":"statusLine","stats":{}})", R"("context_window_tokens" is missing.)"},
+    };
+    ProbeProcess probe;
+
+    for (const auto &[request, error] : cases) {
+        const QJsonObject answer = QJsonDocument::fromJson(probe.answerTo(request)).object();
+        EXPECT_EQ(answer.value(u"ok"_s), QJsonValue(false)) << request;
+        EXPECT_EQ(answer.value(u"error"_s).toString().toStdString(), error) << request;
+    }
+}
+
+} // namespace Tessaline
