@@ -40,14 +40,6 @@ std::optional<QString> Arguments::textIfThere(const char *name) const
     return text(name);
 }
 
-std::optional<QString> Arguments::textIfThere(const char *name) const
-{
-    const auto found = m_request.find(name);
-    if (found == m_request.end() || found->is_null())
-        return std::nullopt;
-    return text(name);
-}
-
 QStringList Arguments::texts(const char *name) const
 {
     const Json &value = valueOf(name);

@@ -28,8 +28,6 @@ public:
     QString text(const char *name) const;
     /// Absent for null and where there is no such argument.
     std::optional<QString> textIfThere(const char *name) const;
-    /// Absent for null and where there is no such argument.
-    std::optional<QString> textIfThere(const char *name) const;
     QStringList texts(const char *name) const;
     double number(const char *name) const;
     /// Absent for null.

@@ -19,7 +19,6 @@ std::span<const Operation> editingOperations();
 std::span<const Operation> markdownDisplayOperations();
 std::span<const Operation> panelsOperations();
 std::span<const Operation> servicesOperations();
-std::span<const Operation> servicesOperations();
 
 /// Those of all modules.
 std::vector<Operation> allOperations();
