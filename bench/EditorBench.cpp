@@ -1,4 +1,5 @@
 #include "editing/MarkdownEditor.h"
+#include "editing/TextSearch.h"
 #include "editing/WYSIWYGEditor.h"
 #include "foundation/EventCenter.h"
 #include "foundation/FileAccess.h"
@@ -161,6 +162,25 @@ void sizesAndPlaces(benchmark::internal::Benchmark *benchmark)
     benchmark->ArgsProduct({{10'000, 100'000, 1'000'000, 10'000'000}, {0, 50, 100}})->Unit(benchmark::kMicrosecond);
 }
 
+/// All occurrences in a text, one in each line, give way to another text, to the finished picture.
+void replaceAll(benchmark::State &state)
+{
+    const ChunkedText text(u"The tables of the tide and an hour of low water\n"_s.repeated(state.range(0)));
+    const SearchResult found = occurrences({u"the tide"_s}, text, text.size());
+    Pane pane(Pane::Kind::Source);
+    pane.show();
+    for (auto _ : state) {
+        state.PauseTiming();
+        pane.open(ChunkedText());
+        pane.open(text);
+        QApplication::processEvents();
+        state.ResumeTiming();
+        pane.editor().replaceRanges(found.ranges, u"this tide"_s);
+        QApplication::processEvents();
+    }
+    state.counters["hits"] = static_cast<double>(found.ranges.size());
+}
+
 } // namespace
 
 BENCHMARK_CAPTURE(openDocument, source, Pane::Kind::Source)
@@ -189,6 +209,8 @@ BENCHMARK_CAPTURE(typeFirstKey, after_a_moment, FirstKey::AfterAMoment)
     ->Arg(10'000'000)
     ->Iterations(2)
     ->Unit(benchmark::kMillisecond);
+
+BENCHMARK(replaceAll)->Arg(1'000)->Arg(1'200'000)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
 {

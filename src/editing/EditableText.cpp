@@ -249,15 +249,28 @@ void EditableText::replaceAll(const QList<TextRange> &ranges, const QString &rep
     if (ranges.isEmpty())
         return;
     const TextRange span{ranges.constFirst().location, ranges.constLast().end() - ranges.constFirst().location};
+    // Every look into the document costs a way to its place, so what is replaced is taken out once and then walked.
+    const AttributedText old = m_document.sliced(span);
+    const QStringView oldText = old.text();
     AttributedText fresh;
-    qsizetype position = span.location;
+    fresh.reserve(old.size() + ranges.size() * replacement.size());
+    auto run = old.runs().begin(); // the one that holds `position`
+    qsizetype position = 0;
+    const auto moveTo = [&](qsizetype next) {
+        position = next;
+        while (run != old.runs().end() && run->range.end() <= position)
+            ++run;
+    };
     for (const TextRange &range : ranges) {
-        fresh.append(m_document.sliced({position, range.location - position}));
+        const qsizetype start = range.location - span.location;
+        while (position < start) {
+            const qsizetype stop = std::min(start, run->range.end());
+            fresh.append(oldText.sliced(position, stop - position), run->attributes);
+            moveTo(stop);
+        }
         // What is put in joins the kind of what it replaces, but never a marker or an image.
-        fresh.append(replacement, range.isEmpty()
-                                      ? m_typingAttributes
-                                      : Tessaline::typingAttributes(m_document.attributesAt(range.location)));
-        position = range.end();
+        fresh.append(replacement, range.isEmpty() ? m_typingAttributes : Tessaline::typingAttributes(run->attributes));
+        moveTo(start + range.length);
     }
     const qsizetype caret = span.location + fresh.size();
     replace(span, fresh, TextSelection{caret, caret});

@@ -1,10 +1,13 @@
 #include "editing/EditableText.h"
 #include "editing/TextBoundaries.h"
 
+#include "tests/editing/AttributedTextPrinter.h"
 #include "tests/editing/GeneratedText.h"
 #include "tests/editing/Printers.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace Tessaline {
 
@@ -141,6 +144,42 @@ TEST_P(GeneratedActions, AFollowerHasTheSameTextAndTakesItBackStepByStep)
     while (follower.canUndo())
         follower.undo();
     EXPECT_EQ(follower.text(), first);
+}
+
+TEST_P(GeneratedActions, ReplaceAllEqualsReplacingFromTheLastToTheFirst)
+{
+    GeneratedText random(GetParam());
+    AttributedText text;
+    for (qsizetype runs = 2 + random.below(20); runs > 0; --runs) {
+        TextAttributes attributes;
+        attributes.bold = random.oneIn(2);
+        attributes.generatedMarker = random.oneIn(3);
+        text.append(QString(1 + random.below(6), QChar(u'a' + static_cast<char16_t>(random.below(26)))), attributes);
+    }
+    QList<TextRange> ranges;
+    for (qsizetype start = random.below(4); start < text.size(); start += random.below(5)) {
+        const qsizetype length = random.below(std::min<qsizetype>(text.size() - start, 8) + 1);
+        ranges.append({start, length});
+        start += std::max<qsizetype>(length, 1);
+    }
+    const QString replacement(random.below(4), u'-');
+    AttributedText expected = text;
+    for (auto range = ranges.crbegin(); range != ranges.crend(); ++range) {
+        AttributedText fresh;
+        fresh.append(replacement,
+                     range->isEmpty() ? TextAttributes() : typingAttributes(text.attributesAt(range->location)));
+        expected.replace(*range, fresh);
+    }
+
+    AttributedDocument document;
+    document.reset(text);
+    EditableText editable;
+    editable.reset(document);
+    editable.replaceAll(ranges, replacement);
+
+    EXPECT_EQ(editable.document().sliced({0, editable.text().size()}), expected);
+    editable.undo();
+    EXPECT_EQ(editable.document().sliced({0, editable.text().size()}), text);
 }
 
 INSTANTIATE_TEST_SUITE_P(EditableText, GeneratedActions, testing::Range(1u, 31u));
