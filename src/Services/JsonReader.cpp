@@ -7,14 +7,26 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 namespace Tessaline {
 
 namespace {
 
-constexpr std::string_view kEscapeLetters = "\"\\/bfnrt";
-constexpr std::u16string_view kEscapedSigns = u"\"\\/\b\f\n\r\t";
+/// The sign that a letter behind a backslash stands for; 0 for a letter that means nothing there, and for "u".
+constexpr std::array<char16_t, 128> kEscapedSigns = [] {
+    std::array<char16_t, 128> signs{};
+    signs['"'] = u'"';
+    signs['\\'] = u'\\';
+    signs['/'] = u'/';
+    signs['b'] = u'\b';
+    signs['f'] = u'\f';
+    signs['n'] = u'\n';
+    signs['r'] = u'\r';
+    signs['t'] = u'\t';
+    return signs;
+}();
 
 /// What a text cannot simply run on through: its end, an escape, and control characters, which may not stand in it.
 constexpr std::array<bool, 256> kInterruptsText = [] {
@@ -25,9 +37,27 @@ constexpr std::array<bool, 256> kInterruptsText = [] {
     return interrupts;
 }();
 
+/// Whether one of these eight bytes interrupts a text.
+bool interruptsText(quint64 bytes)
+{
+    constexpr quint64 kOnes = 0x0101010101010101;
+    constexpr quint64 kHighBits = 0x80 * kOnes;
+    constexpr auto hasZero = [](quint64 word) { return (word - kOnes) & ~word & kHighBits; };
+    const quint64 controls = (bytes - 0x20 * kOnes) & ~bytes & kHighBits;
+    return (controls | hasZero(bytes ^ ('"' * kOnes)) | hasZero(bytes ^ ('\\' * kOnes))) != 0;
+}
+
+/// How many of the bytes a text can run on through.
 qsizetype plainLength(QByteArrayView bytes)
 {
-    return std::ranges::find_if(bytes, [](char byte) { return kInterruptsText[static_cast<uchar>(byte)]; }) -
+    // FAST PATH: eight bytes at a time. Equal to the search below, which finds the place among the last eight.
+    const char *at = bytes.begin();
+    for (quint64 word = 0; bytes.end() - at >= qsizetype(sizeof word); at += sizeof word) {
+        std::memcpy(&word, at, sizeof word);
+        if (interruptsText(word))
+            break;
+    }
+    return std::find_if(at, bytes.end(), [](char byte) { return kInterruptsText[static_cast<uchar>(byte)]; }) -
            bytes.begin();
 }
 
@@ -36,36 +66,42 @@ bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 
-char16_t hexValue(QByteArrayView digits)
+char16_t hexValue(QStringView digits)
 {
-    unsigned value = 0;
-    std::from_chars(digits.begin(), digits.end(), value, 16);
-    return static_cast<char16_t>(value);
+    char16_t value = 0;
+    for (const QChar digit : digits) {
+        const char16_t unit = digit.unicode();
+        value = static_cast<char16_t>(value * 16 + (unit <= u'9' ? unit - u'0' : (unit | 0x20) - u'a' + 10));
+    }
+    return value;
 }
 
 /// The text of sound bytes between two quotes.
 QString unescaped(QByteArrayView bytes)
 {
-    QString text(bytes.size(), Qt::Uninitialized); // no byte gives more than one unit
-    QChar *end = text.data();
+    // 1. All of it as it stands. No byte gives more than one unit.
+    QString text(bytes.size(), Qt::Uninitialized);
+    QChar *const begin = text.data();
     // NOTE: without this flag a text that begins with U+FEFF would lose it.
     QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
-    while (!bytes.isEmpty()) {
-        const qsizetype plain = plainLength(bytes);
-        end = decoder.appendToBuffer(end, bytes.first(plain));
-        bytes = bytes.sliced(plain);
-        if (bytes.isEmpty())
+    const QStringView raw(begin, decoder.appendToBuffer(begin, bytes));
+
+    // 2. Escapes make room, and what stands between them moves up.
+    QChar *end = begin;
+    for (qsizetype at = 0; at < raw.size();) {
+        const qsizetype backslash = raw.indexOf(u'\\', at);
+        const qsizetype plain = (backslash < 0 ? raw.size() : backslash) - at;
+        if (end != begin + at)
+            std::memmove(static_cast<void *>(end), begin + at, static_cast<size_t>(plain) * sizeof(QChar));
+        end += plain;
+        at += plain;
+        if (backslash < 0)
             break;
-        const char letter = bytes.at(1);
-        if (letter == 'u') {
-            *end++ = QChar(hexValue(bytes.sliced(2, 4)));
-            bytes = bytes.sliced(6);
-        } else {
-            *end++ = QChar(kEscapedSigns[kEscapeLetters.find(letter)]);
-            bytes = bytes.sliced(2);
-        }
+        const char16_t letter = raw.at(at + 1).unicode();
+        *end++ = letter == u'u' ? QChar(hexValue(raw.sliced(at + 2, 4))) : QChar(kEscapedSigns[letter]);
+        at += letter == u'u' ? 6 : 2;
     }
-    text.truncate(end - text.constData());
+    text.truncate(end - begin);
     if (text.size() < text.capacity() / 2)
         text.squeeze();
     return text;
@@ -139,7 +175,7 @@ std::optional<char16_t> JsonReader::takeHexDigits()
     if (!areDigits)
         return std::nullopt;
     m_rest = m_rest.sliced(kDigits);
-    return hexValue(digits);
+    return hexValue(QString::fromLatin1(digits));
 }
 
 bool JsonReader::takeEscape()
@@ -149,7 +185,7 @@ bool JsonReader::takeEscape()
     const char letter = m_rest.front();
     m_rest = m_rest.sliced(1);
     if (letter != 'u')
-        return kEscapeLetters.find(letter) != std::string_view::npos;
+        return static_cast<uchar>(letter) < kEscapedSigns.size() && kEscapedSigns[static_cast<uchar>(letter)] != 0;
 
     const std::optional<char16_t> unit = takeHexDigits();
     if (!unit || !QChar::isSurrogate(*unit))
