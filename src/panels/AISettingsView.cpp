@@ -11,8 +11,6 @@
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QVBoxLayout>
 
-#include <algorithm>
-
 namespace Tessaline {
 
 namespace {
@@ -29,6 +27,8 @@ constexpr double kCalloutSize = 12;
 AISettingsView::AISettingsView(const Theme &theme, AISettings &settings, QWidget *parent)
     : QWidget(parent), m_theme(theme), m_settings(settings)
 {
+    setFixedWidth(kSize.width());
+    setMinimumHeight(kSize.height());
     const auto label = [&theme](ColorRole role, const QFont &font, const QString &text) {
         return new Label(theme, role, font, text);
     };
@@ -36,7 +36,7 @@ AISettingsView::AISettingsView(const Theme &theme, AISettings &settings, QWidget
 
     // 1. The model.
     m_picker = new QComboBox;
-    m_picker->setAccessibleName(tr("Model"));
+    m_picker->setAccessibleName(tr("Model"));  // on Linux its label names it, and its name is what is picked
     m_picker->setFocusPolicy(Qt::StrongFocus); // the wheel scrolls past it
     for (const AISettings::Choice &choice : settings.choices())
         m_picker->addItem(choice.title, choice.value);
@@ -79,11 +79,6 @@ AISettingsView::AISettingsView(const Theme &theme, AISettings &settings, QWidget
     connect(&settings, &AISettings::canApplyChanged, this, showApply);
     showSelection();
     showApply();
-}
-
-QSize AISettingsView::sizeHint() const
-{
-    return QSize(kSize.width(), std::max(kSize.height(), layout()->totalHeightForWidth(kSize.width())));
 }
 
 QWidget *AISettingsView::makeDetail()

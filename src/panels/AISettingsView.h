@@ -17,12 +17,10 @@ class AISettingsView final : public QWidget
 {
     Q_OBJECT
 public:
-    static constexpr QSize kSize{520, 390};
+    static constexpr QSize kSize{520, 390}; // higher only where the faces are
 
     /// Both must outlive the view.
     AISettingsView(const Theme &theme, AISettings &settings, QWidget *parent = nullptr);
-
-    QSize sizeHint() const override; // higher than `kSize` only where the faces are
 
 private:
     QWidget *makeDetail();

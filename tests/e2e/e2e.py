@@ -20,8 +20,12 @@ from desktop import TIME_SCALE, Application, Profile, Screen, wait_until  # noqa
 EXECUTABLE = Path(os.environ.get("TESSALINE_EXECUTABLE", TOP / "build/dev/src/shell/tessaline")).resolve()
 EVIDENCE = Path(os.environ.get("TESSALINE_EVIDENCE", TOP / "build/e2e-evidence")).resolve()
 
-# All that a start prints: that this build cannot update itself.
+# All that a start prints: that this build cannot update itself, and that there is no server for the assistant.
 NO_UPDATER = "Sparkle is disabled: set TESSALINE_SPARKLE_PUBLIC_ED_KEY when building the release.\n"
+SERVER_PLACES = (EXECUTABLE.parent, EXECUTABLE.parent.parent / "lib/tessaline", TOP / "target/release", TOP / "target/debug")
+NO_SERVER = "tessaline-server binary not found. Paths checked: [{}]\n".format(
+    ", ".join(f'"{place}/tessaline-server"' for place in SERVER_PLACES))
+QUIET_START = NO_UPDATER + NO_SERVER
 
 AUTOSAVE_DELAY = 0.3  # seconds after the last change
 
@@ -127,7 +131,7 @@ class EndToEndTest(unittest.TestCase):
         self.expect_quiet_console()
 
     def expect_quiet_console(self):
-        self.assertEqual(self.application.output(), NO_UPDATER * self.starts)
+        self.assertEqual(self.application.output(), QUIET_START * self.starts)
         self.assertEqual(self.application.errors(), "")
 
     def restart(self):

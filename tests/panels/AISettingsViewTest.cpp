@@ -36,7 +36,7 @@ class AISettingsPane : public ::testing::Test
 protected:
     AISettingsPane()
     {
-        m_view.resize(m_view.sizeHint());
+        m_view.adjustSize();
         m_view.show();
     }
 
