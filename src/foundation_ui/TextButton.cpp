@@ -46,6 +46,9 @@ void TextButton::paintEvent(QPaintEvent *)
         painter.setBrush(theme().color(ColorRole::Accent));
         textColor = theme().color(ColorRole::OnAccent);
         break;
+    case Kind::Destructive:
+        textColor = theme().color(ColorRole::RemovedText);
+        [[fallthrough]];
     case Kind::Bordered:
         ground.adjust(0.5, 0.5, -0.5, -0.5);
         painter.setPen(theme().color(ColorRole::BubbleBorder));
