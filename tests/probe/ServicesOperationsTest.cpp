@@ -24,6 +24,16 @@ QJsonValue read(const QByteArray &json)
 }
 
 const Case kCases[] = {
+    {"TheRecommendedModel", R"("op":"recommendedModel","physicalMemoryBytes":17179869184)", R"("llama-3.1-8b-q4")"},
+    {"TheModelForLessMemory", R"("op":"recommendedModel","physicalMemoryBytes":17179869183)", R"("llama-3.2-3b-q4")"},
+    {"TheChosenModel", R"("op":"resolveActiveModel","selection":"qwen-2.5-14b-q4","physicalMemoryBytes":0)",
+     R"("qwen-2.5-14b-q4")"},
+    {"NoChosenModel", R"("op":"resolveActiveModel","selection":null,"physicalMemoryBytes":51539607552)",
+     R"("qwen-2.5-14b-q4")"},
+    {"AnUnknownModel", R"("op":"resolveActiveModel","selection":"x","physicalMemoryBytes":0)", R"("llama-3.2-3b-q4")"},
+    {"TheServersEnvironment", R"("op":"serverEnvironment","modelId":"llama-3.1-8b-q4","activeProcessorCount":9)",
+     R"({"OMP_NUM_THREADS":"4","RAYON_NUM_THREADS":"4","TESSALINE_CONTEXT_TOKENS":"16384",
+         "TESSALINE_MODEL_ID":"llama-3.1-8b-q4","TESSALINE_THREADS":"7"})"},
     {"ARequestInFull",
      R"("op":"encodeChatRequest","prompt":"a/b","fileContent":"","contexts":[{"name":"n","subtitle":"s","content":"c",
         "digest":null}],"workspaceItems":[{"name":"w","content":"x"}],"history":[{"role":"user","content":"q"}],
@@ -33,6 +43,8 @@ const Case kCases[] = {
      R"("op":"encodeChatRequest","prompt":"","fileContent":null,"contexts":[],"workspaceItems":[],"history":[],
         "temperature":0.3,"topP":0.9)",
      R"("{\"prompt\":\"\",\"temperature\":0.3,\"top_p\":0.9}")"},
+    {"TheKeyOfASession", R"("op":"sessionKey","path":"/Users/writer/Notes/\u00DCbung.md")", R"("e94bc06d69626b03")"},
+    {"TheKeyOfAnUntidyPath", R"("op":"sessionKey","path":"/a/../a")", R"("0000d0a20b61ad10")"},
     {"WrittenMessages",
      R"("op":"encodeChatHistory","messages":[{"id":"0f9619ff-8b86-d011-b42d-00cf4fc964ab","role":"user","content":"a"}])",
      R"("[\n  {\n    \"id\" : \"0F9619FF-8B86-D011-B42D-00CF4FC964AB\",\n    \"role\" : \"user\",\n    \"content\" : \"a\"\n  }\n]")"},

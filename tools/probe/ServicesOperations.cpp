@@ -1,12 +1,17 @@
 #include "probe/Operations.h"
 
+#include "Services/AIModelOption.h"
 #include "Services/LineSplitter.h"
 #include "Services/ReplyBodies.h"
 #include "Services/RequestBodies.h"
+#include "Services/ServerEnvironment.h"
 #include "Services/SessionCodec.h"
+#include "Services/SessionKey.h"
 #include "Services/StreamLine.h"
 
 #include <nlohmann/json.hpp>
+
+#include <algorithm>
 
 namespace Tessaline::Probe {
 
@@ -188,7 +193,40 @@ Json linesOfStream(const Arguments &arguments)
     return lines;
 }
 
+// --- the server ---
+
+quint64 physicalMemory(const Arguments &arguments)
+{
+    const qint64 bytes = arguments.integer("physicalMemoryBytes");
+    if (bytes < 0)
+        throw BadArgument("\"physicalMemoryBytes\" is negative.");
+    return static_cast<quint64>(bytes);
+}
+
+Json environmentOfServer(const Arguments &arguments)
+{
+    const QString id = arguments.text("modelId");
+    const AIModelOption &model = resolveActiveModel(id, 0);
+    if (model.id != id)
+        throw BadArgument("There is no model of this \"modelId\".");
+    const qint64 processors = std::clamp<qint64>(arguments.integer("activeProcessorCount"), 0, 1'000'000);
+
+    const Environment environment = serverEnvironment({}, model, static_cast<int>(processors));
+    Json result = Json::object();
+    for (auto variable = environment.begin(); variable != environment.end(); ++variable)
+        result[variable.key().toStdString()] = variable.value().toStdString();
+    return result;
+}
+
 constexpr Operation kOperations[] = {
+    // The server
+    {"recommendedModel",
+     [](const Arguments &arguments) { return jsonFrom(recommendedModel(physicalMemory(arguments)).id); }},
+    {"resolveActiveModel",
+     [](const Arguments &arguments) {
+         return jsonFrom(resolveActiveModel(arguments.textIfThere("selection"), physicalMemory(arguments)).id);
+     }},
+    {"serverEnvironment", environmentOfServer},
     // The wire
     {"encodeChatRequest", encodedChatRequest},
     {"decodeConceptResponse", decodedConceptResponse},
@@ -202,6 +240,7 @@ constexpr Operation kOperations[] = {
          return jsonFrom(statusLine(contextStats(Arguments(arguments.object("stats")))));
      }},
     // Sessions
+    {"sessionKey", [](const Arguments &arguments) { return jsonFrom(sessionKey(arguments.text("path"))); }},
     {"encodeChatHistory",
      [](const Arguments &arguments) {
          return jsonFromUtf8(encodeChatHistory(records(arguments, "messages", chatMessage)));
