@@ -32,7 +32,9 @@ constexpr int kShortcutGap = 32; // between the longest title and the keys
 constexpr int kScrollHandleWidth = 6;
 constexpr double kScrollHandleOpacity = 0.3; // of the secondary text's colour; 0.5 under the pointer
 constexpr double kDisabledOpacity = 0.4;
+constexpr int kMenuFrame = 10;    // margins and borders on both sides of the items
 constexpr double kArrowSize = 10; // of a combo box
+constexpr int kComboBoxArrowWidth = 24;
 
 void fillRounded(QPainter *painter, const QRectF &box, double radius, const QColor &fill)
 {
@@ -175,7 +177,8 @@ QSize TessalineStyle::sizeFromContents(ContentsType type, const QStyleOption *op
         const QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
         return QSize(std::max(wanted.width(), 72), 28);
     }
-    case CT_ComboBox:
+    case CT_ComboBox: // its menu lies over it, so what fits there has room here
+        return QSize(size.width() + 2 * kMenuItemPadding + kMenuCheckWidth + kMenuFrame, 28);
     case CT_LineEdit:
         return QSize(QProxyStyle::sizeFromContents(type, option, size, widget).width(), 28);
     default:
@@ -187,6 +190,8 @@ QSize TessalineStyle::sizeFromContents(ContentsType type, const QStyleOption *op
 QRect TessalineStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl subControl,
                                      const QWidget *widget) const
 {
+    if (control == CC_ComboBox && subControl == SC_ComboBoxEditField)
+        return option->rect.adjusted(kMenuItemPadding - 3, 0, -kComboBoxArrowWidth, 0);
     const auto *bar = qstyleoption_cast<const QStyleOptionSlider *>(option);
     if (control != CC_ScrollBar || !bar)
         return QProxyStyle::subControlRect(control, option, subControl, widget);
@@ -410,7 +415,7 @@ void TessalineStyle::drawComboBox(const QStyleOptionComplex *option, QPainter *p
         fillRounded(painter, box, kControlRadius, m_theme.color(ColorRole::Hover));
     strokeRounded(painter, box, kControlRadius,
                   m_theme.color(hasFocus ? ColorRole::FocusRing : ColorRole::BubbleBorder), hasFocus ? 2 : 1);
-    const QRectF arrow = subControlRect(CC_ComboBox, option, SC_ComboBoxArrow, nullptr);
+    const QRectF arrow = box.adjusted(box.width() - kComboBoxArrowWidth, 0, 0, 0);
     Symbols::draw(*painter, u"chevron.down", arrow, kArrowSize, m_theme.color(ColorRole::SecondaryText));
     painter->restore();
 }
