@@ -16,9 +16,13 @@ namespace {
 constexpr double kGroundRadius = 3;
 constexpr double kGroundMargin = 2; // by which the ground of inline code is wider than its text, on both sides
 
-/// Signs with a meaning for the toolkit's layout get their plain stand-ins, of the same length.
-QString forLayout(QString text)
+} // namespace
+
+QString textForLayout(const StyledText &styled)
 {
+    QString text = styled.text;
+    for (const InlinePicture &picture : styled.pictures)
+        text[picture.position] = StyledText::kPlaceOfPicture;
     for (QChar &character : text) {
         switch (character.unicode()) {
         case u'\n':
@@ -37,10 +41,8 @@ QString forLayout(QString text)
     return text;
 }
 
-} // namespace
-
 LaidOutText::LaidOutText(StyledText text)
-    : m_styled(std::move(text)), m_layout(std::make_unique<QTextLayout>(forLayout(m_styled.text), m_styled.font)),
+    : m_styled(std::move(text)), m_layout(std::make_unique<QTextLayout>(textForLayout(m_styled), m_styled.font)),
       m_isRightToLeft(m_styled.text.isRightToLeft())
 {
     m_layout->setCacheEnabled(true);

@@ -10,6 +10,10 @@ class QPainter;
 
 namespace MarkdownUI {
 
+/// The characters of a text with plain stand-ins, of the same length, for those that mean something to the toolkit's
+/// layout.
+QString textForLayout(const StyledText &styled);
+
 /// A paragraph's text in rows of a width: measured, painted, and asked where its characters stand. Coordinates are
 /// points from the top left corner of the text; positions count UTF-16 units.
 class LaidOutText

@@ -118,8 +118,8 @@ private:
         const TextRange range = rangeIn(leaf, text.size());
         const TextLeaf *const paragraph = std::get_if<TextLeaf>(&outline.content);
         const bool isContinued = paragraph && paragraph->continuesAbove && leaf > m_range.start.leaf;
-        QString content = m_form == Form::Markdown ? markdownIn(leaf, outline, text, range)
-                                                   : text.sliced(range.location, range.length);
+        QString content =
+            m_form == Form::Markdown ? markdownIn(leaf, outline, text, range) : plainIn(leaf, text, range);
         if (isContinued) {
             m_out.append(content);
             return;
@@ -131,6 +131,22 @@ private:
         }
         content.replace(u"\n"_s, u'\n' + prefix.others);
         m_out.append(prefix.first + content);
+    }
+
+    /// The text of a leaf with the alternative texts of the pictures in its lines.
+    QString plainIn(qsizetype leaf, const QString &text, const TextRange &range) const
+    {
+        if (!std::holds_alternative<TextLeaf>(m_display.leaf(leaf).content))
+            return text.sliced(range.location, range.length);
+        QString plain;
+        const AttributedString styled = m_display.styledLeafText(leaf);
+        for (const AttributedString::Run &run : styled.runs()) {
+            const qsizetype from = std::max(run.location, range.location);
+            const qsizetype to = std::min(run.location + run.length, range.end());
+            if (from < to)
+                plain.append(run.image ? run.image->alt : text.sliced(from, to - from));
+        }
+        return plain;
     }
 
     static QString withoutBlanks(QString text)

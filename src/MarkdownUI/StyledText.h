@@ -31,7 +31,10 @@ struct StyledText {
         QColor color;
     };
 
-    QString text;
+    /// What is laid out at the place of a picture: a sign that rows may be broken before and behind.
+    static constexpr QChar kPlaceOfPicture{0x4E00};
+
+    QString text; // with an object replacement character for each picture
     QFont font;   // of what no format changes
     QColor color; // the same
     QList<QTextLayout::FormatRange> formats;

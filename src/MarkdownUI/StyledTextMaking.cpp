@@ -9,8 +9,6 @@ namespace MarkdownUI {
 
 namespace {
 
-constexpr char16_t kPlaceOfPicture = 0x4E00; // a sign that rows may be broken before and behind
-
 QTextCharFormat::UnderlineStyle patternOf(LinePattern pattern)
 {
     switch (pattern) {
@@ -54,7 +52,7 @@ QTextCharFormat placeFormat(double width)
     QFont font = fontOf({});
     font.setPixelSize(1);
     font.setLetterSpacing(QFont::AbsoluteSpacing,
-                          width - QFontMetricsF(font).horizontalAdvance(QChar(kPlaceOfPicture)));
+                          width - QFontMetricsF(font).horizontalAdvance(StyledText::kPlaceOfPicture));
     format.setFont(font);
     format.setForeground(QColor(Qt::transparent));
     return format;
@@ -88,7 +86,6 @@ StyledText styledText(const AttributedString &text, const MarkdownUIAttributes &
         if (run.image) {
             const QImage image = pictures ? pictures(run.image->source) : QImage();
             const QSizeF size = resizedToFit(image.deviceIndependentSize(), widestPicture);
-            styled.text[run.location] = QChar(kPlaceOfPicture);
             styled.pictures.append({run.location, image, size});
             range.format = placeFormat(size.width());
             styled.formats.append(range);

@@ -10,6 +10,7 @@ namespace {
 
 constexpr double kSlack = 1.01;         // a cell whose guess was a little too small must not wrap for it
 constexpr double kLongestWordKept = 15; // em; longer words may be broken
+constexpr double kShortKept = 4;        // em; shorter cells stay in one row
 
 struct Widths {
     double natural = 0;
@@ -18,10 +19,8 @@ struct Widths {
 
 Widths measured(const StyledText &styled)
 {
-    QTextLayout layout(styled.text, styled.font);
+    QTextLayout layout(textForLayout(styled), styled.font);
     layout.setFormats(styled.formats);
-    QString text = layout.text();
-    layout.setText(text.replace(u'\n', QChar(QChar::LineSeparator)));
     QTextOption option;
     option.setWrapMode(QTextOption::WordWrap);
     layout.setTextOption(option);
@@ -55,8 +54,9 @@ void TableColumns::take(qsizetype index, QStringView text, const TextEstimate &e
     const StyledText cell = styled();
     const Widths exact = measured(cell);
     const double longest = kLongestWordKept * cell.font.pixelSize();
+    const double kept = std::max(exact.narrowest, std::min(exact.natural, kShortKept * cell.font.pixelSize()));
     demand.natural = std::max(demand.natural, std::ceil(exact.natural * kSlack) + 1);
-    demand.narrowest = std::max(demand.narrowest, std::min(std::ceil(exact.narrowest) + 1, longest));
+    demand.narrowest = std::max(demand.narrowest, std::min(std::ceil(kept) + 1, longest));
 }
 
 bool TableColumns::fit(int width)

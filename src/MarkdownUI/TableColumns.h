@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MarkdownUI/LaidOutText.h"
+#include "MarkdownUI/TableBounds.h"
 #include "MarkdownUI/TextEstimate.h"
 
 #include <QtCore/QList>
@@ -13,6 +14,7 @@ namespace MarkdownUI {
 
 /// How a table is set. Lengths are points.
 struct TableLook {
+    TableBorderSelector borders = TableBorderSelector::All;
     QColor border;
     int borderWidth = 1;
     int horizontalPadding = 0; // of each cell, on both sides
@@ -50,6 +52,9 @@ public:
     /// is called only for cells that may be the widest of their columns.
     void take(qsizetype index, QStringView text, const TextEstimate &estimate,
               const std::function<StyledText()> &styled);
+    void setRowCount(qsizetype count) { m_rowCount = count; }
+    qsizetype rowCount() const { return m_rowCount; }
+
     /// What the columns are placed by, to go back to it.
     const std::vector<Demand> &demands() const { return m_demands; }
     void setDemands(std::vector<Demand> demands) { m_demands = std::move(demands); }
@@ -67,6 +72,7 @@ private:
     TableLook m_look;
     std::vector<Column> m_columns;
     std::vector<Demand> m_demands; // one for each column
+    qsizetype m_rowCount = 0;
     int m_width = 0;
     int m_viewWidth = 0;
     bool m_isRoomy = false;

@@ -27,7 +27,7 @@ LaidOutText::Alignment alignmentOf(RawTableColumnAlignment alignment)
 TableLook lookOf(const DisplayEnvironment &environment)
 {
     const Theme &theme = environment.theme;
-    return {colorOf(theme.table.border.color, environment.scheme),
+    return {theme.table.border.visibleBorders, colorOf(theme.table.border.color, environment.scheme),
             static_cast<int>(std::lround(theme.table.border.width)),
             static_cast<int>(std::lround(theme.tableCell.horizontalPadding)),
             static_cast<int>(std::lround(theme.tableCell.verticalPadding))};
@@ -115,6 +115,7 @@ void TableContent::continueFrom(const TableContent &before)
 void TableContent::fit(int width)
 {
     if (!m_isMeasured) {
+        m_columns->setRowCount(m_rows.size());
         m_columns->setDemands(m_settled);
         for (qsizetype row = m_settledRows; row < m_rows.size(); ++row) {
             if (row + 1 == m_rows.size())
@@ -136,8 +137,7 @@ std::unique_ptr<TableRowBox> TableContent::makeRow(qsizetype row, const PictureL
         cells.push_back(cellText(row, column, pictures));
     const QColor background =
         colorOf(m_environment.theme.table.background.background(static_cast<int>(row), 0), m_environment.scheme);
-    return std::make_unique<TableRowBox>(m_columns, estimateOf(row), std::move(cells), background,
-                                         row == 0 ? TableRowBox::Place::First : TableRowBox::Place::Later);
+    return std::make_unique<TableRowBox>(m_columns, estimateOf(row), std::move(cells), background, row);
 }
 
 int TableContent::estimatedHeight(qsizetype row) const

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <utility>
 
 namespace MarkdownUI {
@@ -19,8 +20,8 @@ constexpr double kCertain = 1.1; // a guess that leaves a tenth of the column fr
 } // namespace
 
 TableRowBox::TableRowBox(std::shared_ptr<TableColumns> columns, std::shared_ptr<const TextEstimate> estimate,
-                         std::vector<StyledText> cells, QColor background, Place place)
-    : m_columns(std::move(columns)), m_estimate(std::move(estimate)), m_background(background), m_place(place)
+                         std::vector<StyledText> cells, QColor background, qsizetype row)
+    : m_columns(std::move(columns)), m_estimate(std::move(estimate)), m_background(background), m_row(row)
 {
     qsizetype start = 0;
     const size_t count = std::min(cells.size(), static_cast<size_t>(m_columns->count()));
@@ -36,7 +37,7 @@ TableRowBox::TableRowBox(std::shared_ptr<TableColumns> columns, std::shared_ptr<
 
 int TableRowBox::topBorder() const
 {
-    return m_place == Place::First ? m_columns->look().borderWidth : 0;
+    return m_row == 0 ? m_columns->look().borderWidth : 0;
 }
 
 void TableRowBox::layOut(int width)
@@ -84,14 +85,12 @@ void TableRowBox::paint(QPainter &painter, QPointF at, const BoxPaint &paint) co
     painter.fillRect(QRectF(left, at.y(), m_columns->width(), m_height), m_background);
 
     // 1. The cells that are seen.
-    const double lineTop = at.y();
     for (qsizetype i = 0; i < m_columns->count(); ++i) {
         const TableColumns::Column &column = m_columns->column(i);
         const double start = left + column.x - look.horizontalPadding - look.borderWidth;
         const double end = left + column.x + column.width + look.horizontalPadding;
         if (end < clip.left() || start > clip.right())
             continue;
-        painter.fillRect(QRectF(start, lineTop, look.borderWidth, m_height), look.border);
         if (i >= count() || cell(i).styled.text.isEmpty())
             continue;
         const qsizetype from = std::max(paint.selection.location, cell(i).start);
@@ -101,13 +100,40 @@ void TableRowBox::paint(QPainter &painter, QPointF at, const BoxPaint &paint) co
     }
 
     // 2. The lines around.
-    painter.fillRect(QRectF(left + m_columns->width() - look.borderWidth, at.y(), look.borderWidth, m_height),
-                     look.border);
-    painter.fillRect(QRectF(left, at.y() + m_height - look.borderWidth, m_columns->width(), look.borderWidth),
-                     look.border);
-    if (m_place == Place::First)
-        painter.fillRect(QRectF(left, at.y(), m_columns->width(), look.borderWidth), look.border);
+    paintBorders(painter, left, at.y(), clip);
     painter.restore();
+}
+
+void TableRowBox::paintBorders(QPainter &painter, double left, double top, const QRectF &clip) const
+{
+    const TableLook &look = m_columns->look();
+    const auto has = [&look](std::initializer_list<TableBorderSelector> selectors) {
+        return std::find(selectors.begin(), selectors.end(), look.borders) != selectors.end();
+    };
+    using Selector = TableBorderSelector;
+    const bool hasOuterColumns = has({Selector::All, Selector::Outside, Selector::Vertical});
+    const bool hasInnerColumns = has({Selector::All, Selector::Inside, Selector::Vertical});
+    const bool hasOuterRows = has({Selector::All, Selector::Outside, Selector::Horizontal});
+    const bool hasInnerRows = has({Selector::All, Selector::Inside, Selector::Horizontal});
+
+    // 1. Before each column, and behind the last.
+    for (qsizetype i = 0; i <= m_columns->count(); ++i) {
+        const bool isOuter = i == 0 || i == m_columns->count();
+        if (!(isOuter ? hasOuterColumns : hasInnerColumns))
+            continue;
+        const double x = i == m_columns->count()
+                             ? left + m_columns->width() - look.borderWidth
+                             : left + m_columns->column(i).x - look.horizontalPadding - look.borderWidth;
+        if (x + look.borderWidth >= clip.left() && x <= clip.right())
+            painter.fillRect(QRectF(x, top, look.borderWidth, m_height), look.border);
+    }
+
+    // 2. Above the first row, and below each.
+    if (m_row == 0 && hasOuterRows)
+        painter.fillRect(QRectF(left, top, m_columns->width(), look.borderWidth), look.border);
+    if (m_row + 1 < m_columns->rowCount() ? hasInnerRows : hasOuterRows)
+        painter.fillRect(QRectF(left, top + m_height - look.borderWidth, m_columns->width(), look.borderWidth),
+                         look.border);
 }
 
 QString TableRowBox::text() const

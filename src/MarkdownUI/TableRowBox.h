@@ -12,11 +12,9 @@ namespace MarkdownUI {
 class TableRowBox final : public BlockBox
 {
 public:
-    enum class Place { First, Later }; // the first row draws the upper border
-
     /// `columns` have to be placed before this is laid out, and `estimate` is that of the cells' font.
     TableRowBox(std::shared_ptr<TableColumns> columns, std::shared_ptr<const TextEstimate> estimate,
-                std::vector<StyledText> cells, QColor background, Place place);
+                std::vector<StyledText> cells, QColor background, qsizetype row);
 
     void layOut(int width) override;
     int height() const override { return m_height; }
@@ -51,12 +49,13 @@ private:
     qsizetype cellOf(qsizetype position) const;
     qsizetype cellAt(double x) const;
     int topBorder() const;
+    void paintBorders(QPainter &painter, double left, double top, const QRectF &clip) const;
 
     std::shared_ptr<TableColumns> m_columns;
     std::shared_ptr<const TextEstimate> m_estimate;
     std::vector<Cell> m_cells;
     QColor m_background;
-    Place m_place;
+    qsizetype m_row; // of the table; the first one has a border above too
     int m_width = 0;
     int m_height = 0;
 };

@@ -57,7 +57,7 @@ Theme makeDefaultTheme()
                       .background = kSecondaryBackground,
                       .cornerRadius = 6,
                       .margin = text},
-        .image = {none},
+        .image = {text},
         .list = {none},
         .listItem = {{em(0.25), std::nullopt}},
         .taskListMarker = {.completedSymbol = QStringLiteral("checkmark.square.fill"),

@@ -8,6 +8,7 @@
 #include "Services/SessionCodec.h"
 #include "Services/SessionKey.h"
 #include "Services/StreamLine.h"
+#include "Services/WorkspaceContextBuilder.h"
 
 #include <nlohmann/json.hpp>
 
@@ -124,6 +125,11 @@ Json jsonOf(const ContextStats &stats)
     return object;
 }
 
+Json jsonOf(QStringView text)
+{
+    return jsonFrom(text.toString());
+}
+
 template <class Record>
 Json jsonOf(const QList<Record> &records)
 {
@@ -218,6 +224,16 @@ Json environmentOfServer(const Arguments &arguments)
     return result;
 }
 
+// --- the context of a prompt ---
+
+Json rankedFiles(const Arguments &arguments)
+{
+    const std::optional<QString> activeFile = arguments.textIfThere("activeFile");
+    return jsonOf(WorkspaceContextBuilder::rankFiles(arguments.text("query"), FileURL(arguments.text("root")),
+                                                     activeFile ? std::optional(FileURL(*activeFile)) : std::nullopt,
+                                                     arguments.integer("limit")));
+}
+
 constexpr Operation kOperations[] = {
     // The server
     {"recommendedModel",
@@ -251,6 +267,27 @@ constexpr Operation kOperations[] = {
      [](const Arguments &arguments) { return jsonFromUtf8(encodeContexts(records(arguments, "items", contextItem))); }},
     {"decodeContexts",
      [](const Arguments &arguments) { return jsonIfThere(decodeContexts(arguments.text("text").toUtf8())); }},
+    // The context of a prompt
+    {"queryTokens",
+     [](const Arguments &arguments) {
+         const QStringList tokens = WorkspaceContextBuilder::queryTokens(arguments.text("query"));
+         return jsonOf(QList<QStringView>(tokens.begin(), tokens.end()));
+     }},
+    {"tokenHits",
+     [](const Arguments &arguments) {
+         return Json(WorkspaceContextBuilder::tokenHits(arguments.texts("tokens"), arguments.text("text")));
+     }},
+    {"splitIntoChunks",
+     [](const Arguments &arguments) {
+         const QString text = arguments.text("text");
+         return jsonOf(
+             WorkspaceContextBuilder::splitIntoChunks(text, arguments.integer("size"), arguments.integer("overlap")));
+     }},
+    {"bestExcerpt",
+     [](const Arguments &arguments) {
+         return jsonFrom(WorkspaceContextBuilder::bestExcerpt(arguments.text("content"), arguments.text("query")));
+     }},
+    {"rankFiles", rankedFiles},
 };
 
 } // namespace
