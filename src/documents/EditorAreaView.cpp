@@ -167,7 +167,6 @@ void EditorAreaView::makeEditors(const FileURL &url, ViewMode mode)
         before = editor->textView();
     }
     connect(m_host, &EditorHost::currentChanged, this, &EditorAreaView::takeCurrentEditor);
-    connect(m_host, &EditorHost::sourceRequested, this, [this] { chooseMode(ViewMode::RawMarkdown); });
     m_host->show();
     m_layout->activate(); // within the first show of this view, as a quick read may end, the toolkit would do it later
     takeCurrentEditor();

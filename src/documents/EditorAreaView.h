@@ -30,7 +30,7 @@ struct EditorAreaViewParts {
     Workspace &workspace;
     AppPreferences &preferences;
     const Theme &theme;
-    /// Makes an editor of this kind. Null for a kind that this version does not have; its place then says so.
+    /// Makes an editor of this kind; never null.
     std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
 };
 

@@ -1,6 +1,5 @@
 #include "documents/EditorHost.h"
 
-#include "documents/StatusView.h"
 #include "editing/DocumentEditor.h"
 
 #include <QtWidgets/QApplication>
@@ -42,18 +41,18 @@ EditorHost::EditorHost(const FileURL &url, ViewMode mode, const EditorAreaViewPa
     layout->setContentsMargins(0, 0, 0, 0);
     switch (mode) {
     case ViewMode::Editor:
-        layout->addWidget(makePane(EditorKind::Formatted, PanePlace::Alone, this));
+        layout->addWidget(makePane(EditorKind::Formatted, this));
         break;
     case ViewMode::RawMarkdown:
     case ViewMode::PlainText:
-        layout->addWidget(makePane(EditorKind::Source, PanePlace::Alone, this));
+        layout->addWidget(makePane(EditorKind::Source, this));
         break;
     case ViewMode::Split: {
         auto *splitter = new QSplitter(Qt::Horizontal, this);
         splitter->setChildrenCollapsible(false);
         splitter->setHandleWidth(1);
         for (const EditorKind kind : {EditorKind::Source, EditorKind::Formatted}) {
-            QWidget *pane = makePane(kind, PanePlace::BesideAnother, splitter);
+            DocumentEditor *pane = makePane(kind, splitter);
             pane->setMinimumWidth(kMinimumPaneWidth);
             splitter->addWidget(pane);
         }
@@ -62,7 +61,7 @@ EditorHost::EditorHost(const FileURL &url, ViewMode mode, const EditorAreaViewPa
         break;
     }
     }
-    m_current = m_editors.value(0);
+    m_current = m_editors.constFirst();
 
     connect(&parts.area, &EditorArea::textEdited, this,
             [this](const FileURL &edited, const TextChange &change, const QObject *origin) {
@@ -91,19 +90,9 @@ EditorHost::~EditorHost()
     disconnect(m_focusConnection); // the focus leaves the editors when QWidget deletes them, after the members here
 }
 
-QWidget *EditorHost::makePane(EditorKind kind, PanePlace place, QWidget *parent)
+DocumentEditor *EditorHost::makePane(EditorKind kind, QWidget *parent)
 {
     DocumentEditor *editor = m_parts.makeEditor(kind, parent);
-    if (!editor) {
-        auto *status = new StatusView(m_parts.theme, parent);
-        Status missing;
-        missing.text = u"The formatted editor is not in this version yet."_s;
-        if (place == PanePlace::Alone)
-            missing.button = u"Edit Markdown Source"_s;
-        status->setStatus(missing);
-        connect(status, &StatusView::buttonClicked, this, &EditorHost::sourceRequested);
-        return status;
-    }
     m_editors.append(editor);
     editor->setObjectName(identity(m_url, m_mode, kind));
     editor->setFontSize(m_parts.preferences.editorFontSize());

@@ -6,8 +6,7 @@
 
 namespace Tessaline {
 
-/// The editor or the two editors of one file in one mode, and the wires between them and the text of the file. A place
-/// whose kind of editor cannot be made says so.
+/// The editor or the two editors of one file in one mode, and the wires between them and the text of the file.
 class EditorHost final : public QWidget
 {
     Q_OBJECT
@@ -23,17 +22,14 @@ public:
     bool isFor(const FileURL &url, ViewMode mode) const { return m_url == url && m_mode == mode; }
 
     const QList<DocumentEditor *> &editors() const { return m_editors; }
-    /// The one that has or last had the focus, else the first; null if there is none.
+    /// The one that has or last had the focus, else the first.
     DocumentEditor *current() const { return m_current; }
 
 Q_SIGNALS:
     void currentChanged();
-    /// The person would rather have the source of the document.
-    void sourceRequested();
 
 private:
-    enum class PanePlace { Alone, BesideAnother };
-    QWidget *makePane(EditorKind kind, PanePlace place, QWidget *parent);
+    DocumentEditor *makePane(EditorKind kind, QWidget *parent);
     void noteFocus(QWidget *now);
 
     FileURL m_url;

@@ -24,14 +24,14 @@ protected:
     /// Makes and shows the view; call it once, when the workspace is as the test wants it.
     void show()
     {
-        m_view = std::make_unique<EditorAreaView>(
-            EditorAreaViewParts{*m_area, m_workspace, m_preferences, m_theme,
-                                [this](EditorKind kind, QWidget *parent) -> DocumentEditor * {
-                                    if (kind == EditorKind::Formatted && !m_hasFormattedEditor)
-                                        return nullptr;
-                                    return new MarkdownEditor(m_theme, m_events, parent);
-                                }},
-            &m_window);
+        m_view = std::make_unique<EditorAreaView>(EditorAreaViewParts{*m_area, m_workspace, m_preferences, m_theme,
+                                                                      [this](EditorKind, QWidget *parent) {
+                                                                          // Stands in for the formatted one, too, to
+                                                                          // prove how two editors share a text.
+                                                                          return new MarkdownEditor(m_theme, m_events,
+                                                                                                    parent);
+                                                                      }},
+                                                  &m_window);
         if (m_viewFilter)
             m_view->installEventFilter(m_viewFilter);
         m_window.resize(900, 600);
@@ -75,8 +75,7 @@ protected:
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
-    bool m_hasFormattedEditor = false; // a source editor stands in for it, to prove how two editors share a text
-    QObject *m_viewFilter = nullptr;   // sees the events of the view from its first show on
+    QObject *m_viewFilter = nullptr; // sees the events of the view from its first show on
     Theme m_theme;
     QWidget m_window;
     QLineEdit m_elsewhere;

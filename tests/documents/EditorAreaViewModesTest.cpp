@@ -13,7 +13,6 @@ class EditorAreaViewModesTest : public EditorAreaViewFixture
 
 TEST_F(EditorAreaViewModesTest, AnotherModeGetsAnEditorOfItsOwn)
 {
-    m_hasFormattedEditor = true;
     showWith(m_a);
     editors().first()->select({3, 2});
 
@@ -27,7 +26,6 @@ TEST_F(EditorAreaViewModesTest, AnotherModeGetsAnEditorOfItsOwn)
 
 TEST_F(EditorAreaViewModesTest, SplitShowsSourceAndFormattedSideBySide)
 {
-    m_hasFormattedEditor = true;
     m_preferences.setViewMode(ViewMode::Split);
     showWith(m_a);
     QCoreApplication::processEvents();
@@ -44,7 +42,6 @@ TEST_F(EditorAreaViewModesTest, SplitShowsSourceAndFormattedSideBySide)
 
 TEST_F(EditorAreaViewModesTest, BothPanesShareOneText)
 {
-    m_hasFormattedEditor = true;
     m_preferences.setViewMode(ViewMode::Split);
     showWith(m_a);
 
@@ -64,7 +61,6 @@ TEST_F(EditorAreaViewModesTest, BothPanesShareOneText)
 
 TEST_F(EditorAreaViewModesTest, TheCurrentEditorIsTheOneThatLastHadTheFocus)
 {
-    m_hasFormattedEditor = true;
     m_preferences.setViewMode(ViewMode::Split);
     showWith(m_a);
     EXPECT_EQ(m_view->currentEditor(), editors().at(0));
@@ -79,7 +75,6 @@ TEST_F(EditorAreaViewModesTest, TheCurrentEditorIsTheOneThatLastHadTheFocus)
 
 TEST_F(EditorAreaViewModesTest, MayGoWhileOneOfTwoEditorsHasTheFocus)
 {
-    m_hasFormattedEditor = true;
     m_preferences.setViewMode(ViewMode::Split);
     showWith(m_a);
     editors().at(1)->textView()->setFocus();
@@ -87,33 +82,6 @@ TEST_F(EditorAreaViewModesTest, MayGoWhileOneOfTwoEditorsHasTheFocus)
     m_view.reset();
 
     EXPECT_EQ(QApplication::focusWidget(), nullptr);
-}
-
-TEST_F(EditorAreaViewModesTest, WithoutAFormattedEditorItSaysSoAndOffersTheSource)
-{
-    m_preferences.setViewMode(ViewMode::Editor);
-    showWith(m_a);
-    EXPECT_TRUE(showsText(*m_view, u"The formatted editor is not in this version yet."_s));
-    EXPECT_TRUE(editors().isEmpty());
-
-    clickButton(u"Edit Markdown Source"_s);
-
-    EXPECT_EQ(m_preferences.viewMode(), ViewMode::RawMarkdown);
-    ASSERT_EQ(editors().size(), 1);
-    EXPECT_EQ(editorText(), u"text of a"_s);
-    EXPECT_TRUE(editorHasFocus());
-}
-
-TEST_F(EditorAreaViewModesTest, WithoutAFormattedEditorSplitStillEditsTheSource)
-{
-    m_preferences.setViewMode(ViewMode::Split);
-    showWith(m_a);
-
-    ASSERT_EQ(editors().size(), 1);
-    EXPECT_TRUE(showsText(*m_view, u"The formatted editor is not in this version yet."_s));
-    EXPECT_EQ(buttonNamed(*m_view, u"Edit Markdown Source"_s), nullptr);
-    QTest::keyClicks(editors().first()->textView(), u"x"_s);
-    EXPECT_EQ(shown(m_a), u"xtext of a"_s);
 }
 
 TEST_F(EditorAreaViewModesTest, TheEditorHasTheFocusAtTheStart)
@@ -185,7 +153,6 @@ TEST_F(EditorAreaViewModesTest, TheFocusIsNotGivenIfThePersonHasGoneElsewhereMea
 
 TEST_F(EditorAreaViewModesTest, AClickOnAModeGivesTheFocusToTheEditor)
 {
-    m_hasFormattedEditor = true;
     showWith(m_a);
     m_elsewhere.setFocus();
 
@@ -196,7 +163,6 @@ TEST_F(EditorAreaViewModesTest, AClickOnAModeGivesTheFocusToTheEditor)
 
 TEST_F(EditorAreaViewModesTest, WalkingThroughTheModesByKeyboardStaysInTheToolbar)
 {
-    m_hasFormattedEditor = true;
     showWith(m_a);
     buttonNamed(*m_view, u"Markdown"_s)->setFocus(Qt::TabFocusReason);
 

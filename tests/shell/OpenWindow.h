@@ -124,11 +124,9 @@ protected:
     Theme &m_theme = dressingTheme();
     SystemAppearance m_system{Appearance::Light};
     AppearanceSwitch m_appearance{m_preferences, m_system, m_theme};
-    MainWindow m_window{{m_workspace, m_projects, m_area, m_preferences, m_events, m_updates, m_appearance,
-                         m_assistantSettings, m_theme, [this](EditorKind kind, QWidget *parent) -> DocumentEditor * {
-                             return kind == EditorKind::Source ? new MarkdownEditor(m_theme, m_events, parent)
-                                                               : nullptr;
-                         }}};
+    MainWindow m_window{
+        {m_workspace, m_projects, m_area, m_preferences, m_events, m_updates, m_appearance, m_assistantSettings,
+         m_theme, [this](EditorKind, QWidget *parent) { return new MarkdownEditor(m_theme, m_events, parent); }}};
 };
 
 } // namespace Tessaline
