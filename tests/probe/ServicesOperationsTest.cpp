@@ -1,4 +1,5 @@
 #include "tests/probe/ProbeProcess.h"
+#include "tests/support/TemporaryFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -81,6 +82,14 @@ const Case kCases[] = {
      R"("op":"statusLine","stats":{"context_window_tokens":1,"estimated_input_tokens":2345,"active_document_chars":3,
         "attached_context_count":1,"workspace_context_count":3,"history_message_count":6})",
      R"("Using document + 4 sources · ~2.3K tokens")"},
+    {"TheTokensOfAQuery", R"("op":"queryTokens","query":"What of the TIDE, the harbour, the tide?")",
+     R"(["harbour","the","tide"])"},
+    {"TheHitsOfTokens", R"("op":"tokenHits","tokens":["art","tide"],"text":"start, tide, tides")", "3"},
+    {"TheHitsOfNoToken", R"("op":"tokenHits","tokens":[],"text":"start")", "0"},
+    {"TheChunksOfAText", R"("op":"splitIntoChunks","text":"abc👩‍👧ef","size":3,"overlap":1)",
+     R"(["abc","c👩‍👧e","ef"])"},
+    {"NoChunks", R"("op":"splitIntoChunks","text":"abc","size":0,"overlap":0)", "[]"},
+    {"TheBestExcerpt", R"("op":"bestExcerpt","content":"A short text.","query":"tide")", R"("A short text.")"},
 };
 
 std::string nameOfCase(const testing::TestParamInfo<Case> &parameter)
@@ -105,6 +114,30 @@ TEST_P(ServicesOperations, Answers)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ServicesOperations, testing::ValuesIn(kCases), nameOfCase);
+
+TEST(ServicesOperationsOnDisk, RankFiles)
+{
+    const TemporaryFiles files{{u"a.md"_s, "tide"}, {u"b/tide.txt"_s, "none"}, {u"c.md"_s, "tide"}, {u"d.md"_s, "x"}};
+    ProbeProcess probe;
+    const QString subtitle = u"Project · "_s + files.folder().lastPathComponent();
+    const auto item = [&subtitle](const QString &name, const QString &content) {
+        return QJsonObject{
+            {u"name"_s, name}, {u"subtitle"_s, subtitle}, {u"content"_s, content}, {u"digest"_s, QJsonValue::Null}};
+    };
+    QJsonObject request{{u"op"_s, u"rankFiles"_s},
+                        {u"query"_s, u"tide"_s},
+                        {u"root"_s, files.folder().path()},
+                        {u"activeFile"_s, files.url(u"c.md"_s).path()},
+                        {u"limit"_s, 6}};
+
+    EXPECT_EQ(probe.resultOf(request),
+              QJsonValue(QJsonArray{item(u"b/tide.txt"_s, u"none"_s), item(u"a.md"_s, u"tide"_s)}));
+
+    request[u"activeFile"_s] = QJsonValue::Null;
+    request[u"limit"_s] = 2;
+    EXPECT_EQ(probe.resultOf(request),
+              QJsonValue(QJsonArray{item(u"b/tide.txt"_s, u"none"_s), item(u"a.md"_s, u"tide"_s)}));
+}
 
 TEST(ServicesOperationsErrors, WrongArgumentsAreNamed)
 {
