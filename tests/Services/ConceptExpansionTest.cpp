@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 
 namespace Tessaline {
 
@@ -122,6 +123,7 @@ struct OutcomeCase {
     const char *name;
     std::optional<ConceptExpansionResponse> response;
     ConceptOutcome outcome;
+    friend void PrintTo(const OutcomeCase &row, std::ostream *out) { *out << row.name; }
 };
 
 class ConceptOutcomeTest : public ::testing::TestWithParam<OutcomeCase>
