@@ -68,7 +68,7 @@ std::vector<QByteArray> namesIn(const QByteArray &path, LastLink lastLink, size_
         if (name.startsWith('.') || !name.isValidUtf8())
             continue;
         names.push_back(name.toByteArray());
-        if (names.size() >= 2 * most + 1024) // a folder of millions of files takes no more memory than one of thousands
+        if (names.size() >= 2 * most + 64) // a folder of millions of files takes no more memory than one of thousands
             keepFirst();
     }
     keepFirst();

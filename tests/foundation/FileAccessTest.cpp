@@ -281,6 +281,16 @@ TEST(ReadBytes, ReadsAnEmptyFile)
     EXPECT_EQ(bytes.value().size(), 0);
 }
 
+TEST(ReadBytes, GivesNoFileOfMoreThanTheLimit)
+{
+    const TemporaryFiles files{{u"a.md"_s, "four"}};
+    EXPECT_EQ(readBytes(files.url(u"a.md"_s), 4).value(), "four");
+    EXPECT_EQ(readBytes(files.url(u"a.md"_s), 3).failure(),
+              (Failure{FailureKind::NotReadable, u"The file is larger than 3 bytes."_s}));
+    // It says that it is empty, and is not.
+    EXPECT_EQ(readBytes(FileURL(u"/proc/self/status"_s), 0).failure().kind, FailureKind::NotReadable);
+}
+
 TEST(ReadBytes, ReadsAFileThatSaysItIsEmpty)
 {
     // Files of the kernel have no size until they are read.
