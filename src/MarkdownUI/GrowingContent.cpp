@@ -83,7 +83,7 @@ qsizetype GrowingContent::reusableBlocks(qsizetype sharedPrefix) const
 {
     for (qsizetype i = m_blocks.size() - 1; i > 0; --i) {
         const qsizetype location = m_locations.at(i);
-        // A paragraph and the table that took its last line can begin at the same place. A byte order mark is skipped
+        // A paragraph and the table that took its last line begin at the same place. A byte order mark is skipped
         // only where a text begins.
         if (location > m_locations.at(i - 1) && m_markdown.at(location) != kByteOrderMark &&
             hasCompleteLine(m_markdown, location, sharedPrefix))

@@ -69,6 +69,15 @@ private:
     qsizetype m_location = 0;
 };
 
+/// NOTE: the parser gives no line to a paragraph whose last line has become the header of a table, and the paragraph's
+/// line to the table.
+int firstLineOf(cmark_node *node)
+{
+    const int line = cmark_node_get_start_line(node);
+    cmark_node *table = cmark_node_next(node);
+    return line > 0 || !table ? line : cmark_node_get_start_line(table);
+}
+
 } // namespace
 
 QList<PlacedBlock> parsePlacedBlocks(QStringView markdown)
@@ -80,7 +89,7 @@ QList<PlacedBlock> parsePlacedBlocks(QStringView markdown)
     LineStarts lines(markdown);
     for (cmark_node *node = cmark_node_first_child(document.get()); node; node = cmark_node_next(node)) {
         if (std::optional<BlockNode> block = blockOf(node))
-            blocks.append({*std::move(block), lines.location(cmark_node_get_start_line(node))});
+            blocks.append({*std::move(block), lines.location(firstLineOf(node))});
     }
     return blocks;
 }

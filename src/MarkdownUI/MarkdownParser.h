@@ -20,8 +20,8 @@ struct PlacedBlock {
     qsizetype location = 0; // the start of its first line, in UTF-16 units from the start of the text
 };
 
-/// The same blocks, each with its place. NOTE: when a table takes its header from the last line of a paragraph, the
-/// paragraph and the table can have the same place.
+/// The same blocks, each with its place, in ascending order. NOTE: when a table takes its header from the last line of
+/// a paragraph, both have the place of the paragraph.
 QList<PlacedBlock> parsePlacedBlocks(QStringView markdown);
 
 } // namespace MarkdownUI

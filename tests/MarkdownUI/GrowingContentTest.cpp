@@ -86,6 +86,8 @@ INSTANTIATE_TEST_SUITE_P(
         GrowthRow{"ATableFromTheLastLineOfAParagraph",
                   {u"x\n\na\nb|c\n"_s, u"x\n\na\nb|c\n-|"_s, u"x\n\na\nb|c\n-|-"_s, u"x\n\na\nb|c\n-|-\n1|2\n\ny"_s,
                    u"x\n\na\nb|c\n-|-\n1|2\n\ny\n\nz"_s}},
+        GrowthRow{"ATableFromAParagraphBehindOtherBlocks",
+                  {u"x\n\ny\n\nz\n|a|\n|-|\n|b\n|"_s, u"x\n\ny\n\nz\n|a|\n|-|\n|b\n|c"_s}},
         GrowthRow{"AListThatGoesOnAfterABlankLine", {u"- a\n\n"_s, u"- a\n\n- b"_s, u"- a\n\n- b\n\nc"_s}},
         GrowthRow{"AListThatBecomesLoose", {u"p\n\n- a\n- b\n"_s, u"p\n\n- a\n- b\n\n- c"_s}},
         GrowthRow{"AFenceThatOpensAndCloses",

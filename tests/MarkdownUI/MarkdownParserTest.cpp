@@ -121,6 +121,14 @@ TEST(MarkdownParserText, BlocksAreFoundAtTheirLines)
     EXPECT_EQ(locations, (QList<qsizetype>{1, 7, 12, 15}));
 }
 
+TEST(MarkdownParserText, AParagraphAndTheTableThatTookItsLastLineHaveOnePlace)
+{
+    const QList<PlacedBlock> blocks = parsePlacedBlocks(u"a\n\nb\nc|d\n-|-\n");
+    ASSERT_EQ(blocks.size(), 3);
+    EXPECT_EQ(blocks.at(1).location, 3);
+    EXPECT_EQ(blocks.at(2).location, 3);
+}
+
 TEST(MarkdownParserText, SeveralThreadsCanParseAtOnce)
 {
     const QString markdown = u"- [x] ~~a~~ https://b.org\n\n|a|\n|-|\n"_s.repeated(50);
