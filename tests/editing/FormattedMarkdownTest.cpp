@@ -49,6 +49,8 @@ protected:
         m_markdown.followEdit(m_owner, change);
     }
 
+    static bool isBeingPrepared() { return QThreadPool::globalInstance()->activeThreadCount() > 0; }
+
     EditableText m_text;
     FormattedMarkdown m_markdown{m_text};
     ChunkedText m_owner; // follows the reported changes alone
@@ -180,6 +182,22 @@ TEST_F(FormattedMarkdownOf, AnEditBeforeTheNormalFormIsMadeWritesTheSame)
     EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
 }
 
+TEST_F(FormattedMarkdownOf, AnEditWhileTheNormalFormIsMadeWritesTheSame)
+{
+    GeneratedMarkdown random(6);
+    open(random.document(12'000));
+    ASSERT_TRUE(eventually([this] { return isBeingPrepared() || m_markdown.isPrepared(); }));
+
+    m_text.replace({m_text.document().size() / 2, 0}, u"x", EditKind::Typing);
+    m_text.replace({0, 0}, u"y", EditKind::Typing);
+
+    EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
+    EXPECT_TRUE(QThreadPool::globalInstance()->waitForDone());
+    QCoreApplication::processEvents();
+    m_text.replace({1, 0}, u"z", EditKind::Typing);
+    EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
+}
+
 TEST_F(FormattedMarkdownOf, AnEditFromElsewhereOutdatesTheNormalForm)
 {
     GeneratedMarkdown random(6);
@@ -216,8 +234,7 @@ TEST_F(FormattedMarkdownOf, MayGoWhileTheNormalFormIsMade)
     EditableText text;
     auto formatted = std::make_unique<FormattedMarkdown>(text);
     formatted->open(markdown);
-    const QThreadPool *workers = QThreadPool::globalInstance();
-    ASSERT_TRUE(eventually([&] { return workers->activeThreadCount() > 0 || formatted->isPrepared(); }));
+    ASSERT_TRUE(eventually([&formatted] { return isBeingPrepared() || formatted->isPrepared(); }));
 
     formatted.reset();
 

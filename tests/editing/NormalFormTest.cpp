@@ -54,7 +54,7 @@ TEST(NormalForm, IsNullWhenItWasAskedToStop)
 TEST(NormalForm, OfAnyDocumentHasItsTextItsChangeAndItsPieces)
 {
     GeneratedMarkdown random(31);
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         const ChunkedText markdown(i % 2 == 0 ? random.document(random.below(12)) : random.noise(random.below(30)));
         const AttributedText shown = renderMarkdown(markdown.toString());
 
@@ -82,7 +82,7 @@ TEST(TextChangesInOne, AreTheStretchThatBothTouch)
 TEST(TextChangesInOne, MakeTheFirstTextIntoTheLast)
 {
     GeneratedText random(32);
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         const auto someChange = [&random](qsizetype size) {
             const qsizetype location = random.below(size + 1);
             return TextChange{location, random.below(size - location + 1), random.below(5)};
