@@ -1,5 +1,7 @@
 #include "Services/JsonReader.h"
 
+#include "Services/PlainBytes.h"
+
 #include <QtCore/QStringConverter>
 #include <QtCore/QVarLengthArray>
 
@@ -28,37 +30,10 @@ constexpr std::array<char16_t, 128> kEscapedSigns = [] {
     return signs;
 }();
 
-/// What a text cannot simply run on through: its end, an escape, and control characters, which may not stand in it.
-constexpr std::array<bool, 256> kInterruptsText = [] {
-    std::array<bool, 256> interrupts{};
-    for (size_t byte = 0; byte < 0x20; ++byte)
-        interrupts[byte] = true;
-    interrupts['"'] = interrupts['\\'] = true;
-    return interrupts;
-}();
-
-/// Whether one of these eight bytes interrupts a text.
-bool interruptsText(quint64 bytes)
+/// How far a text simply runs on: to its end, an escape, or a control character, which may not stand in it.
+qsizetype runLength(QByteArrayView bytes)
 {
-    constexpr quint64 kOnes = 0x0101010101010101;
-    constexpr quint64 kHighBits = 0x80 * kOnes;
-    constexpr auto hasZero = [](quint64 word) { return (word - kOnes) & ~word & kHighBits; };
-    const quint64 controls = (bytes - 0x20 * kOnes) & ~bytes & kHighBits;
-    return (controls | hasZero(bytes ^ ('"' * kOnes)) | hasZero(bytes ^ ('\\' * kOnes))) != 0;
-}
-
-/// How many of the bytes a text can run on through.
-qsizetype plainLength(QByteArrayView bytes)
-{
-    // FAST PATH: eight bytes at a time. Equal to the search below, which finds the place among the last eight.
-    const char *at = bytes.begin();
-    for (quint64 word = 0; bytes.end() - at >= qsizetype(sizeof word); at += sizeof word) {
-        std::memcpy(&word, at, sizeof word);
-        if (interruptsText(word))
-            break;
-    }
-    return std::find_if(at, bytes.end(), [](char byte) { return kInterruptsText[static_cast<uchar>(byte)]; }) -
-           bytes.begin();
+    return plainLength<'"', '\\'>(bytes);
 }
 
 bool isDigit(char byte)
@@ -205,7 +180,7 @@ std::optional<JsonReader::RawText> JsonReader::rawText()
     const char *const begin = m_rest.begin();
     RawText text;
     while (true) {
-        m_rest = m_rest.sliced(plainLength(m_rest));
+        m_rest = m_rest.sliced(runLength(m_rest));
         if (m_rest.isEmpty())
             break;
         const char sign = m_rest.front();

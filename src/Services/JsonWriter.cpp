@@ -1,5 +1,7 @@
 #include "Services/JsonWriter.h"
 
+#include "Services/PlainBytes.h"
+
 #include <QtCore/QStringConverter>
 
 #include <algorithm>
@@ -10,15 +12,6 @@
 namespace Tessaline {
 
 namespace {
-
-/// Whether a byte of UTF-8 cannot stand in a JSON text as it is.
-constexpr std::array<bool, 256> kIsEscaped = [] {
-    std::array<bool, 256> isEscaped{};
-    for (size_t byte = 0; byte < 0x20; ++byte)
-        isEscaped[byte] = true;
-    isEscaped['"'] = isEscaped['\\'] = isEscaped['/'] = true;
-    return isEscaped;
-}();
 
 void appendEscape(uchar byte, QByteArray &json)
 {
@@ -93,22 +86,21 @@ void JsonWriter::text(QStringView text)
         if (size < text.size() && text[size - 1].isHighSurrogate())
             --size; // a pair stays together
         const char *const end = encoder.appendToBuffer(bytes.data(), text.first(size));
-        appendEscaped({bytes.data(), static_cast<size_t>(end - bytes.data())});
+        appendEscaped({bytes.data(), end});
         text = text.sliced(size);
     }
     m_json.append('"');
 }
 
-void JsonWriter::appendEscaped(std::string_view utf8)
+void JsonWriter::appendEscaped(QByteArrayView utf8)
 {
-    auto from = utf8.begin();
-    while (from != utf8.end()) {
-        const auto to = std::find_if(from, utf8.end(), [](char byte) { return kIsEscaped[static_cast<uchar>(byte)]; });
-        m_json.append(QByteArrayView(from, to));
-        if (to == utf8.end())
+    while (true) {
+        const qsizetype plain = plainLength<'"', '\\', '/'>(utf8);
+        m_json.append(utf8.first(plain));
+        if (plain == utf8.size())
             return;
-        appendEscape(static_cast<uchar>(*to), m_json);
-        from = to + 1;
+        appendEscape(static_cast<uchar>(utf8[plain]), m_json);
+        utf8 = utf8.sliced(plain + 1);
     }
 }
 

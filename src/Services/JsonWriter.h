@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QByteArrayView>
 #include <QtCore/QStringView>
 
 #include <string_view>
@@ -40,7 +41,7 @@ private:
     void end(char bracket);
     void beginValue(); // the comma and the new line before an element or a key
     void newLine();
-    void appendEscaped(std::string_view utf8);
+    void appendEscaped(QByteArrayView utf8);
 
     JsonLayout m_layout;
     QByteArray m_json;
