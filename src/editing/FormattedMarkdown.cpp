@@ -96,7 +96,6 @@ FormattedMarkdown::FormattedMarkdown(EditableText &text, QObject *parent) : QObj
     });
     connect(&m_text, &EditableText::edited, this, [this] { Q_EMIT edited(m_markdown, m_written); });
     m_rest.setSingleShot(true);
-    m_rest.setInterval(kRest);
     connect(&m_rest, &QTimer::timeout, this, [this] { prepare(); });
 }
 
@@ -136,19 +135,19 @@ void FormattedMarkdown::open(const ChunkedText &markdown)
     endText(pending);
     take();
     m_paragraphs.reset(paragraphs);
-    markdownIsForeign();
+    markdownIsForeign(kRestOfOpening);
     m_isReading = true;
     m_text.reset(std::move(document));
     m_isReading = false;
 }
 
 /// The Markdown is another one now, which was not written here.
-void FormattedMarkdown::markdownIsForeign()
+void FormattedMarkdown::markdownIsForeign(std::chrono::milliseconds rest)
 {
     m_normalForm.reset();
     m_preparation.request_stop();
     if (m_markdown.size() >= kLeastPrepared)
-        m_rest.start();
+        m_rest.start(rest);
     else
         m_rest.stop();
 }
@@ -187,7 +186,7 @@ FormattedMarkdown::Reading FormattedMarkdown::read(const ChunkedText &markdown, 
     const qsizetype changedEnd = change.location + change.inserted;
     constexpr qsizetype kLookAhead = 4096; // units behind the change that are read at first
 
-    for (qsizetype window = changedEnd - start + kLookAhead;; window *= 2) {
+    for (qsizetype window = changedEnd - start + kLookAhead;; window *= 4) {
         const bool isWhole = window >= markdown.size() - start;
         const QString text = markdown.sliced(start, isWhole ? markdown.size() - start : window);
         // What a construct becomes may depend on two lines behind it; those must be in the window as a whole.
@@ -290,11 +289,11 @@ void FormattedMarkdown::followEdit(const ChunkedText &markdown, const TextChange
     m_hasCarriageReturn = m_hasCarriageReturn || markdown.sliced(change.location, change.inserted).contains(u'\r');
     if (followEditOfCode(markdown, change)) {
         m_markdown = markdown;
-        markdownIsForeign();
+        markdownIsForeign(kRestOfTyping);
         return;
     }
     m_markdown = markdown;
-    markdownIsForeign();
+    markdownIsForeign(kRestOfTyping);
     // What was written does not always read as what was shown, so all of it is read again, once.
     if (m_isNormal || m_paragraphs.isEmpty()) {
         m_hasCarriageReturn = hasCarriageReturn(markdown);

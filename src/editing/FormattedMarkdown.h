@@ -26,7 +26,10 @@ class FormattedMarkdown final : public QObject
     Q_OBJECT
 public:
     static constexpr qsizetype kLeastPrepared = 64 * 1024; // units of a Markdown whose normal form is made ahead
-    static constexpr std::chrono::milliseconds kRest{150}; // Source: chosen here; the first screen is painted by then
+    // How long the Markdown must have rested before. Source: chosen here; the first screen is painted by then, and a
+    // pause between two words is shorter.
+    static constexpr std::chrono::milliseconds kRestOfOpening{150};
+    static constexpr std::chrono::milliseconds kRestOfTyping{1000};
 
     /// Follows the edits of `text`, which must outlive this object and which nobody else may reset.
     explicit FormattedMarkdown(EditableText &text, QObject *parent = nullptr);
@@ -76,7 +79,7 @@ private:
     bool followEditOfCode(const ChunkedText &markdown, const TextChange &change);
     void exchangeShown(qsizetype start, const AttributedText &old, const AttributedText &fresh);
     void followOwnChange(const TextChange &change);
-    void markdownIsForeign();
+    void markdownIsForeign(std::chrono::milliseconds rest);
     QCoro::Task<> prepare();
     TextChange takeNormalForm();
     TextChange takeWritten(const MarkdownChange &written);
