@@ -148,16 +148,14 @@ TEST_F(DefaultNetworkImageLoaderTest, StaysWithATimeOut)
 
 TEST_F(DefaultNetworkImageLoaderTest, StaysWithAServerThatIsNotThere)
 {
-    auto first = std::make_unique<ImageServer>();
-    const QUrl url = first->url("/a.png");
-    const quint16 port = first->serverPort();
-    first.reset();
+    ImageServer server(ImageServer::Start::Later);
+    server.setAnswer("/a.png", {"200 OK", imageFile(kRed)});
+    const QUrl url = server.url("/a.png");
     EXPECT_EQ(load(url), ImageResult(URLError::ConnectionFailed));
 
-    ImageServer second(port);
-    second.setAnswer("/a.png", {"200 OK", imageFile(kRed)});
+    server.open();
     EXPECT_EQ(load(url), ImageResult(URLError::ConnectionFailed));
-    EXPECT_EQ(second.requestCount("/a.png"), 0);
+    EXPECT_EQ(server.requestCount("/a.png"), 0);
 
     restart();
     EXPECT_EQ(colourOf(load(url)), kRed);

@@ -5,22 +5,43 @@
 #include <QtNetwork/QTcpSocket>
 
 #include <memory>
+#include <utility>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 namespace NetworkImage {
 
-ImageServer::ImageServer(quint16 port)
+ImageServer::ImageServer(Start start)
 {
-    if (!listen(QHostAddress::LocalHost, port))
-        qFatal("The test cannot listen: %s", qPrintable(errorString()));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    m_socket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (m_socket < 0 || bind(m_socket, reinterpret_cast<sockaddr *>(&address), length) != 0 ||
+        getsockname(m_socket, reinterpret_cast<sockaddr *>(&address), &length) != 0)
+        qFatal("The test gets no port.");
+    m_port = ntohs(address.sin_port);
+
     connect(this, &QTcpServer::newConnection, this, [this] {
         while (QTcpSocket *const socket = nextPendingConnection())
             serve(socket);
     });
+    if (start == Start::AtOnce)
+        open();
+}
+
+void ImageServer::open()
+{
+    constexpr int kMostWaiting = 50;
+    if (::listen(m_socket, kMostWaiting) != 0 || !setSocketDescriptor(m_socket))
+        qFatal("The test cannot listen: %s", qPrintable(errorString()));
 }
 
 QUrl ImageServer::url(const QByteArray &path) const
 {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(serverPort()).arg(QString::fromUtf8(path)));
+    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_port).arg(QString::fromUtf8(path)));
 }
 
 void ImageServer::serve(QTcpSocket *socket)

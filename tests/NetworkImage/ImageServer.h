@@ -28,7 +28,13 @@ public:
         Ending ending = Ending::Whole;
     };
 
-    explicit ImageServer(quint16 port = 0);
+    enum class Start {
+        AtOnce,
+        Later, // the port is taken, and refuses connections until `open` is called
+    };
+
+    explicit ImageServer(Start start = Start::AtOnce);
+    void open();
 
     QUrl url(const QByteArray &path) const;
     void setAnswer(const QByteArray &path, const Answer &answer) { m_answers.insert(path, answer); }
@@ -45,6 +51,8 @@ private:
 
     QHash<QByteArray, Answer> m_answers;
     QHash<QByteArray, QList<QByteArray>> m_requests;
+    int m_socket = -1; // the server's own, once it is open
+    quint16 m_port = 0;
     int m_open = 0;
 };
 
