@@ -3,6 +3,7 @@
 #include "foundation_ui/Contrast.h"
 #include "foundation_ui/Theme.h"
 
+#include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 
 namespace Tessaline {
@@ -11,12 +12,15 @@ namespace {
 
 constexpr int kHandleWidth = 1; // the toolkit widens what the pointer can grasp
 constexpr int kMinimumHeight = 600;
+constexpr int kKeyStep = 10; // by which an arrow key moves a handle
 
+/// The line between two columns. It is moved by the pointer or, once Tab has come to it, by the arrow keys.
 class ColumnHandle final : public QSplitterHandle
 {
 public:
     ColumnHandle(const Theme &theme, QSplitter *splitter) : QSplitterHandle(Qt::Horizontal, splitter), m_theme(theme)
     {
+        setFocusPolicy(Qt::TabFocus);
         connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
     }
 
@@ -25,11 +29,48 @@ protected:
     {
         // The handle reaches over its neighbours, where nothing is painted; its middle is the line.
         QPainter painter(this);
+        if (hasFocus()) {
+            painter.fillRect(rect(), m_theme.color(ColorRole::Accent));
+            return;
+        }
         const ColorRole ground = splitter()->indexOf(this) == 1 ? ColorRole::SidebarBackground : ColorRole::RightColumn;
         painter.fillRect(contentsRect(), composed(m_theme.color(ColorRole::Hairline), m_theme.color(ground)));
     }
 
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        const int line = x() + contentsRect().x();
+        if (event->key() == Qt::Key_Left)
+            moveSplitter(line - kKeyStep);
+        else if (event->key() == Qt::Key_Right)
+            moveSplitter(line + kKeyStep);
+        else
+            QSplitterHandle::keyPressEvent(event);
+    }
+    void focusInEvent(QFocusEvent *event) override
+    {
+        QSplitterHandle::focusInEvent(event);
+        showWhole();
+    }
+    void focusOutEvent(QFocusEvent *event) override
+    {
+        QSplitterHandle::focusOutEvent(event);
+        showWhole();
+    }
+    void resizeEvent(QResizeEvent *event) override
+    {
+        QSplitterHandle::resizeEvent(event);
+        showWhole();
+    }
+
 private:
+    /// With the focus it is drawn as wide as it can be grasped, else as the line alone.
+    void showWhole()
+    {
+        setMask(hasFocus() ? rect() : contentsRect());
+        update();
+    }
+
     const Theme &m_theme;
 };
 
@@ -49,6 +90,8 @@ ColumnSplitter::ColumnSplitter(const Theme &theme, QWidget *sidebar, QWidget *co
     add(content, kContentBounds);
     add(detail, kDetailBounds);
     setStretchFactor(1, 1);
+    handle(1)->setAccessibleName(tr("Sidebar Width"));
+    handle(2)->setAccessibleName(tr("Session Width"));
     connect(this, &QSplitter::splitterMoved, this, &ColumnSplitter::noteWidths);
 }
 

@@ -25,6 +25,32 @@ TEST_F(Window, ColumnsHaveTheirIdealWidthsWhereThereIsRoom)
     EXPECT_EQ(columns(), (QList{260, 1920 - 4 - 260 - 380, 380}));
 }
 
+TEST_F(Window, TheLinesBetweenTheColumnsAreMovedByArrowKeys)
+{
+    open();
+    m_window.resize(1440, 900);
+    auto *splitter = m_window.findChild<ColumnSplitter *>();
+    const auto press = [splitter](int handle, Qt::Key key, int times) {
+        splitter->handle(handle)->setFocus(Qt::TabFocusReason);
+        for (int i = 0; i < times; ++i)
+            QTest::keyClick(splitter->handle(handle), key);
+    };
+    EXPECT_EQ(splitter->handle(1)->accessibleName(), u"Sidebar Width"_s);
+    EXPECT_EQ(splitter->handle(2)->accessibleName(), u"Session Width"_s);
+    EXPECT_TRUE(splitter->handle(1)->focusPolicy() & Qt::TabFocus);
+
+    press(1, Qt::Key_Right, 3);
+    EXPECT_EQ(columns().at(0), 290);
+    press(1, Qt::Key_Left, 1);
+    EXPECT_EQ(columns().at(0), 280);
+    press(1, Qt::Key_Left, 20);
+    EXPECT_EQ(columns().at(0), 200);
+    press(2, Qt::Key_Left, 2);
+    EXPECT_EQ(columns().at(2), 400);
+    m_window.resize(1500, 900);
+    EXPECT_EQ(columns().at(2), 400) << "as wide as it was made";
+}
+
 TEST_F(Window, TheSideColumnsGiveWayInASmallWindowAndComeBackInALargerOne)
 {
     open();
