@@ -1,48 +1,52 @@
 #include "MarkdownUI/MarkdownParser.h"
 
 #include "MarkdownUI/NodeConversion.h"
+#include "MarkdownUI/ParserMemory.h"
 
 #include <cmark-gfm-core-extensions.h>
 #include <cmark-gfm-extension_api.h>
 #include <cmark-gfm.h>
 
-#include <memory>
 #include <mutex>
 
 namespace MarkdownUI {
 
 namespace {
 
-struct FreeNode {
-    void operator()(cmark_node *node) const { cmark_node_free(node); }
-};
-struct FreeParser {
-    void operator()(cmark_parser *parser) const { cmark_parser_free(parser); }
-};
-using Document = std::unique_ptr<cmark_node, FreeNode>;
-using Parser = std::unique_ptr<cmark_parser, FreeParser>;
-
 /// The parser's extensions, registered by whoever parses first. They add their letters to tables of the library while
-/// it reads inline nodes, and take them away again: hence the lock around every parse.
+/// it reads inline nodes, and take them away again; and the parser's memory serves one parse at a time.
 std::mutex parseMutex;
 
-Document documentOf(QStringView markdown)
+/// The parser's tree of a text. Holds the lock as long as it lives, and frees everything the parser made at its end.
+class Document
 {
-    static std::once_flag registered;
-    std::call_once(registered, cmark_gfm_core_extensions_ensure_registered);
+public:
+    explicit Document(QStringView markdown) : m_lock(parseMutex)
+    {
+        static std::once_flag registered;
+        std::call_once(registered, cmark_gfm_core_extensions_ensure_registered);
 
-    const QByteArray bytes = markdown.toUtf8();
-    const std::lock_guard lock(parseMutex);
-    const Parser parser(cmark_parser_new(CMARK_OPT_DEFAULT));
-    if (!parser)
-        return nullptr;
-    for (const char *name : {"autolink", "strikethrough", "tagfilter", "tasklist", "table"}) {
-        if (cmark_syntax_extension *extension = cmark_find_syntax_extension(name))
-            cmark_parser_attach_syntax_extension(parser.get(), extension);
+        const QByteArray bytes = markdown.toUtf8();
+        cmark_parser *parser = cmark_parser_new_with_mem(CMARK_OPT_DEFAULT, ParserMemory::allocator());
+        if (!parser)
+            return;
+        for (const char *name : {"autolink", "strikethrough", "tagfilter", "tasklist", "table"}) {
+            if (cmark_syntax_extension *extension = cmark_find_syntax_extension(name))
+                cmark_parser_attach_syntax_extension(parser, extension);
+        }
+        cmark_parser_feed(parser, bytes.constData(), static_cast<size_t>(bytes.size()));
+        m_document = cmark_parser_finish(parser);
     }
-    cmark_parser_feed(parser.get(), bytes.constData(), static_cast<size_t>(bytes.size()));
-    return Document(cmark_parser_finish(parser.get()));
-}
+    Document(const Document &) = delete;
+    Document &operator=(const Document &) = delete;
+    ~Document() { ParserMemory::release(); }
+
+    cmark_node *firstBlock() const { return m_document ? cmark_node_first_child(m_document) : nullptr; }
+
+private:
+    std::lock_guard<std::mutex> m_lock;
+    cmark_node *m_document = nullptr;
+};
 
 /// Finds the starts of lines, numbered from 1, in ascending order.
 class LineStarts
@@ -82,12 +86,10 @@ int firstLineOf(cmark_node *node)
 
 QList<PlacedBlock> parsePlacedBlocks(QStringView markdown)
 {
-    const Document document = documentOf(markdown);
-    QList<PlacedBlock> blocks;
-    if (!document)
-        return blocks;
+    const Document document(markdown);
     LineStarts lines(markdown);
-    for (cmark_node *node = cmark_node_first_child(document.get()); node; node = cmark_node_next(node)) {
+    QList<PlacedBlock> blocks;
+    for (cmark_node *node = document.firstBlock(); node; node = cmark_node_next(node)) {
         if (std::optional<BlockNode> block = blockOf(node))
             blocks.append({*std::move(block), lines.location(firstLineOf(node))});
     }
@@ -96,11 +98,9 @@ QList<PlacedBlock> parsePlacedBlocks(QStringView markdown)
 
 QList<BlockNode> parseBlocks(QStringView markdown)
 {
-    const Document document = documentOf(markdown);
+    const Document document(markdown);
     QList<BlockNode> blocks;
-    if (!document)
-        return blocks;
-    for (cmark_node *node = cmark_node_first_child(document.get()); node; node = cmark_node_next(node)) {
+    for (cmark_node *node = document.firstBlock(); node; node = cmark_node_next(node)) {
         if (std::optional<BlockNode> block = blockOf(node))
             blocks.append(*std::move(block));
     }
