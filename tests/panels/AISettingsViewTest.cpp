@@ -4,9 +4,9 @@
 #include "documents/DocumentStore.h"
 #include "foundation/EventCenter.h"
 #include "foundation/Preferences.h"
-#include "foundation_ui/TessalineStyle.h"
 #include "Services/AISettings.h"
-#include "Services/LocalAIService.h"
+#include "tests/support/AssistantWithoutServer.h"
+#include "tests/support/DressingTheme.h"
 #include "tests/support/TemporaryFiles.h"
 
 #include <QtTest/QTest>
@@ -21,14 +21,6 @@ namespace Tessaline {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-/// The theme that dresses the application. The toolkit's style goes on using it after a test.
-Theme &dressingTheme()
-{
-    static Theme theme;
-    [[maybe_unused]] static const bool kDressed = (dressApplication(theme), true);
-    return theme;
-}
 
 /// The pane on a machine of 8 GiB that has no server.
 class AISettingsPane : public ::testing::Test
@@ -63,16 +55,8 @@ protected:
     EventCenter m_events;
     DiskAccess m_disk;
     DocumentStore m_documents{m_events, m_disk};
-    LocalAIService m_service{LocalAIServiceParts{.server = {.preferences = m_stored,
-                                                            .checkHealth = {},
-                                                            .cancelRequests = {},
-                                                            .dataFolder = {},
-                                                            .candidates = {},
-                                                            .environment = {},
-                                                            .physicalMemoryBytes = quint64(8) << 30},
-                                                 .documents = m_documents,
-                                                 .wire = {}}};
-    AISettings m_settings{m_service, m_preferences, quint64(8) << 30};
+    LocalAIService m_service{assistantWithoutServer(m_stored, m_documents)};
+    AISettings m_settings{m_service, m_preferences, kEightGiB};
     Theme &m_theme = dressingTheme();
     AISettingsView m_view{m_theme, m_settings};
 };
