@@ -79,6 +79,12 @@ void MarkdownView::followAppearance()
     viewport()->update();
 }
 
+void MarkdownView::setGroundColor(const QColor &color)
+{
+    m_ground = color;
+    viewport()->update();
+}
+
 void MarkdownView::setInset(int inset)
 {
     if (m_top.offset < 0 && m_top.leaf == 0)
@@ -200,9 +206,9 @@ void MarkdownView::ensureVisible(const QRectF &rect)
 void MarkdownView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
+    const QColor under = m_ground.isValid() ? m_ground : m_theme.color(ColorRole::EditorBackground);
     const std::optional<DynamicColor> ground = m_environment.textAttributes().backgroundColor;
-    painter.fillRect(event->rect(),
-                     ground ? colorOf(*ground, m_environment.scheme) : m_theme.color(ColorRole::EditorBackground));
+    painter.fillRect(event->rect(), ground ? colorOf(*ground, m_environment.scheme) : under);
     DisplayPaint paint = m_interaction->paint();
     paint.selectionColor = m_theme.color(ColorRole::TextSelection);
     paint.focusColor = m_theme.color(ColorRole::FocusRing);

@@ -6,6 +6,7 @@
 
 #include <QtCore/QBasicTimer>
 #include <QtCore/QElapsedTimer>
+#include <QtGui/QColor>
 #include <QtWidgets/QAbstractScrollArea>
 
 #include <memory>
@@ -30,6 +31,8 @@ public:
     void setEnvironment(DisplayEnvironment environment);
     /// What opens links; at first openWithCare with the programs of the desktop.
     void setOpenURL(OpenURL openURL) { m_openURL = std::move(openURL); }
+    /// Lies under a text whose style has no background, opaque; the editor's background unless it is set.
+    void setGroundColor(const QColor &color);
     /// Between the edges of the viewport and the text, points; 16 at first.
     void setInset(int inset);
 
@@ -78,6 +81,7 @@ private:
     DisplayEnvironment m_environment; // as it was set, with the scheme of the appearance
     OpenURL m_openURL;
     MarkdownDisplay::Anchor m_top; // of the display, at the upper edge of the viewport
+    QColor m_ground; // not valid: the editor's background
     int m_inset = 16;
     bool m_isSyncing = false; // the scroll bar is being set to what is shown
     QPointF m_lastPoint;      // of the mouse, in the viewport

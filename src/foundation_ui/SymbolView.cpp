@@ -22,6 +22,12 @@ void SymbolView::setSymbol(const QString &symbol)
     update();
 }
 
+void SymbolView::setColorRole(ColorRole role)
+{
+    m_role = role;
+    update();
+}
+
 void SymbolView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);

@@ -15,6 +15,7 @@ public:
     SymbolView(const Theme &theme, ColorRole role, double size, QWidget *parent = nullptr);
 
     void setSymbol(const QString &symbol);
+    void setColorRole(ColorRole role);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -46,10 +46,45 @@ void QuotedText::takeColor()
     viewport()->setAutoFillBackground(false);
 }
 
+void QuotedText::setTextFont(const QFont &font)
+{
+    setFont(font);
+    document()->setDefaultFont(font);
+    updateGeometry();
+}
+
+void QuotedText::setQuotedText(const QString &text)
+{
+    setPlainText(text);
+    updateGeometry();
+}
+
+void QuotedText::setPadding(double padding)
+{
+    document()->setDocumentMargin(padding);
+    updateGeometry();
+}
+
+void QuotedText::setHeight(Height height)
+{
+    m_height = height;
+    if (height == Height::OfText)
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    updateGeometry();
+}
+
+int QuotedText::heightForWidth(int width) const
+{
+    if (std::abs(document()->textWidth() - width) >= 1)
+        document()->setTextWidth(width);
+    const int height = static_cast<int>(std::ceil(document()->size().height()));
+    return m_height == Height::OfText ? height : std::min(height, kHighest);
+}
+
 QSize QuotedText::sizeHint() const
 {
-    const int height = static_cast<int>(std::ceil(document()->size().height()));
-    return {120, std::min(height, kHighest)};
+    constexpr int kWidth = 120;
+    return {kWidth, heightForWidth(width())};
 }
 
 void QuotedText::paintEvent(QPaintEvent *event)

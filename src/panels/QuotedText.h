@@ -18,6 +18,13 @@ public:
     QuotedText(const Theme &theme, ColorRole role, Tint tint, const QString &name, const QString &text,
                QWidget *parent = nullptr);
 
+    void setTextFont(const QFont &font); // the small face of the interface at first
+    void setQuotedText(const QString &text);
+    void setPadding(double padding); // on all sides, 6 at first
+    enum class Height { Bounded, OfText };
+    void setHeight(Height height); // Bounded at first
+    int heightForWidth(int width) const override;
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
@@ -31,6 +38,7 @@ private:
     const Theme &m_theme;
     ColorRole m_role;
     Tint m_tint;
+    Height m_height = Height::Bounded;
 };
 
 } // namespace Tessaline

@@ -45,8 +45,11 @@ void SmallButton::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     const bool isAccept = m_kind == Kind::Accept;
-    const QColor ground = isAccept ? theme().color(ColorRole::Accept)
-                                   : withOpacity(theme().color(ColorRole::SecondaryText), kPlainOpacity);
+    QColor ground = Qt::transparent;
+    if (isAccept)
+        ground = theme().color(ColorRole::Accept);
+    else if (m_kind == Kind::Plain)
+        ground = withOpacity(theme().color(ColorRole::SecondaryText), kPlainOpacity);
     for (const QColor &tone : {ground, stateTone()}) {
         painter.setBrush(tone);
         painter.drawRoundedRect(QRectF(rect()), kRadius, kRadius);

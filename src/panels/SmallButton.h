@@ -4,12 +4,12 @@
 
 namespace Tessaline {
 
-/// A low button on a card: the one that takes what is proposed, or one of the others.
+/// A low button on a card: the one that takes what is proposed, one of the others, or one without a ground.
 class SmallButton final : public PlainButton
 {
     Q_OBJECT
 public:
-    enum class Kind { Accept, Plain };
+    enum class Kind { Accept, Plain, Bare };
 
     /// `symbol` stands before the text; empty for none. `textSize` in device-independent pixels.
     SmallButton(const Theme &theme, const QString &text, Kind kind, double textSize, const QString &symbol = QString(),

@@ -45,6 +45,9 @@ public:
 
     void rejectSuggestion(const EditSuggestion &suggestion);
 
+Q_SIGNALS:
+    void statesChanged();
+
 private:
     SuggestionActionsParts m_parts;
     std::stop_source m_life;

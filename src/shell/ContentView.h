@@ -6,19 +6,25 @@
 
 namespace Tessaline {
 
+class EventCenter;
 class FileBrowserView;
 class FramelessWindow;
 class ProjectsList;
+struct AssistantPanels;
 
 struct ContentViewParts {
     Workspace &workspace;
     ProjectsList &projects;
     EditorArea &area;
     AppPreferences &preferences;
+    EventCenter &events;
+    AssistantPanels &assistant;
     const Theme &theme;
     std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
-    FramelessWindow &window; // that the title row's buttons act on
-    QWidget *menuBar;        // is taken over
+    FramelessWindow &window;                       // that the title row's buttons act on
+    QWidget *menuBar;                              // is taken over
+    std::function<QList<FileURL>()> askForFiles;   // to attach to the session
+    std::function<void(const QUrl &)> openOutside; // a link of an answer
 };
 
 /// The content of the window: the sidebar under the menus, the document, and the column of the assistant. Files dropped

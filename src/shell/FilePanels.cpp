@@ -76,6 +76,18 @@ std::optional<FileURL> FilePanels::askForProjectFolder()
     return run(panel, m_lastFolder, QString());
 }
 
+QList<FileURL> FilePanels::askForFiles()
+{
+    Panel panel(m_window, QFileDialog::tr("Attach Reference File"));
+    panel.setAcceptMode(QFileDialog::AcceptOpen);
+    panel.setFileMode(QFileDialog::ExistingFiles);
+    QList<FileURL> files;
+    if (run(panel, m_lastFolder, QString()))
+        for (const QString &path : panel.selectedFiles())
+            files.append(FileURL(path));
+    return files;
+}
+
 std::optional<FileURL> FilePanels::run(QFileDialog &panel, const FileURL &folder, const QString &name)
 {
     panel.setDirectory(folder.isEmpty() ? QDir::homePath() : folder.path());

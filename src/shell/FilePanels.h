@@ -24,6 +24,8 @@ public:
     std::optional<FileURL> askForNewDocument(const FileURL &folder);
     /// Asks for one folder.
     std::optional<FileURL> askForProjectFolder();
+    /// Asks for files of any kind; empty if the person gave up.
+    QList<FileURL> askForFiles();
 
 private:
     std::optional<FileURL> run(QFileDialog &panel, const FileURL &folder, const QString &name);

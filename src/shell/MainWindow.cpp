@@ -4,6 +4,8 @@
 #include "editing/DocumentEditor.h"
 #include "editing/FindBar.h"
 #include "editing/FormatToolbarView.h"
+#include "panels/AssistantPanels.h"
+#include "panels/SelectionToolsView.h"
 #include "shell/AboutDialog.h"
 #include "shell/AppearanceSwitch.h"
 #include "shell/EditCommands.h"
@@ -30,8 +32,9 @@ MainWindow::MainWindow(MainWindowParts parts) : FramelessWindow(parts.theme), m_
     setMinimumSize(kMinimumSize);
 
     m_menu = new MainMenu({m_parts.events, m_parts.workspace, m_parts.updates, *new EditCommands(this)});
-    m_content = new ContentView({m_parts.workspace, m_parts.projects, m_parts.area, m_parts.preferences, m_parts.theme,
-                                 m_parts.makeEditor, *this, m_menu});
+    m_content = new ContentView({m_parts.workspace, m_parts.projects, m_parts.area, m_parts.preferences, m_parts.events,
+                                 m_parts.assistant, m_parts.theme, m_parts.makeEditor, *this, m_menu,
+                                 m_parts.askForFiles, m_parts.openOutside});
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_content);
@@ -41,10 +44,15 @@ MainWindow::MainWindow(MainWindowParts parts) : FramelessWindow(parts.theme), m_
     addKeys();
 }
 
+MainWindow::~MainWindow() = default;
+
 void MainWindow::addFormatToolbar()
 {
     EditorAreaView &area = m_content->editorArea();
     auto *formats = new FormatToolbarView(m_parts.theme, m_parts.events);
+    m_tools = std::make_unique<SelectionToolsView>(m_parts.assistant.tools, m_parts.theme, formats);
+    for (QWidget *tool : m_tools->buttons())
+        formats->addTool(tool);
     area.setFormatToolbar(formats);
     const auto follow = [&area, formats] {
         DocumentEditor *editor = area.currentEditor();

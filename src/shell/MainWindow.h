@@ -7,10 +7,13 @@
 #include <QtCore/QPointer>
 #include <QtWidgets/QDialog>
 
+#include <memory>
+
 namespace Tessaline {
 
 class AISettings;
 class AppearanceSwitch;
+class SelectionToolsView;
 
 struct MainWindowParts {
     Workspace &workspace;
@@ -21,8 +24,11 @@ struct MainWindowParts {
     UpdateManager &updates;
     AppearanceSwitch &appearance;
     AISettings &assistantSettings;
+    AssistantPanels &assistant;
     const Theme &theme;
     std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
+    std::function<QList<FileURL>()> askForFiles;   // to attach to the session
+    std::function<void(const QUrl &)> openOutside; // a link of an answer
 };
 
 /// The one window. It does not close by itself: the wish to close it ends the application, which writes what is pending
@@ -36,6 +42,7 @@ public:
 
     /// All parts must outlive the window.
     explicit MainWindow(MainWindowParts parts);
+    ~MainWindow() override;
 
     /// The first appearance: restores the workspace and the appearance, and shows the window, as large as is good or,
     /// where the screen has less room, maximized.
@@ -62,6 +69,7 @@ private:
     MainWindowParts m_parts;
     MainMenu *m_menu;
     ContentView *m_content;
+    std::unique_ptr<SelectionToolsView> m_tools;
     QPointer<QDialog> m_settings;
     QPointer<QDialog> m_shortcuts;
     QPointer<QDialog> m_about;

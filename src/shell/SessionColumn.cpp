@@ -1,8 +1,7 @@
 #include "shell/SessionColumn.h"
 
-#include "foundation_ui/Fonts.h"
-#include "foundation_ui/Label.h"
-#include "shell/EmptyState.h"
+#include "panels/AssistantPanels.h"
+#include "panels/SessionView.h"
 #include "shell/FramelessWindow.h"
 #include "shell/WindowButtons.h"
 
@@ -10,29 +9,25 @@
 
 namespace Tessaline {
 
-SessionColumn::SessionColumn(const Theme &theme, FramelessWindow &window, QWidget *parent)
-    : Ground(theme, ColorRole::RightColumn, parent)
+SessionColumn::SessionColumn(const SessionColumnParts &parts, QWidget *parent)
+    : Ground(parts.theme, ColorRole::RightColumn, parent),
+      m_session(new SessionView({.ai = parts.assistant.ai,
+                                 .composer = parts.assistant.composer,
+                                 .suggestions = parts.assistant.suggestions,
+                                 .context = parts.assistant.context,
+                                 .workspace = parts.workspace,
+                                 .area = parts.area,
+                                 .events = parts.events,
+                                 .theme = parts.theme,
+                                 .askForFiles = parts.askForFiles,
+                                 .openOutside = parts.openOutside,
+                                 .trailing = new WindowButtons(parts.theme, parts.window),
+                                 .titleRowHeight = FramelessWindow::kTitleRowHeight}))
 {
     setAccessibleName(tr("Session Context"));
-
-    auto *titleRow = new QWidget;
-    titleRow->setFixedHeight(FramelessWindow::kTitleRowHeight);
-    auto *title = new QHBoxLayout(titleRow);
-    title->setContentsMargins(16, 0, 8, 0);
-    title->addWidget(new Label(theme, ColorRole::Heading, Fonts::interface(Fonts::kInterfaceSize, QFont::DemiBold),
-                               tr("Session Context")),
-                     1);
-    title->addWidget(new WindowButtons(theme, window));
-
     auto *rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
-    rows->setSpacing(0);
-    rows->addWidget(titleRow);
-    rows->addWidget(
-        new EmptyState(theme, tr("No assistant yet"),
-                       tr("The assistant that answers here, with your document in view, is not part of this "
-                          "version. Everything else works without it.")),
-        1);
+    rows->addWidget(m_session);
 }
 
 } // namespace Tessaline

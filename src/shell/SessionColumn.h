@@ -1,19 +1,44 @@
 #pragma once
 
+#include "foundation/FileURL.h"
 #include "foundation_ui/Ground.h"
+
+#include <QtCore/QUrl>
+
+#include <functional>
 
 namespace Tessaline {
 
+class EditorArea;
+class EventCenter;
 class FramelessWindow;
+class SessionView;
+class Workspace;
+struct AssistantPanels;
 
-/// The right column, the place of the assistant: its title and the window's buttons in the top row, and below it, while
-/// there is no assistant, a few words that say so.
+struct SessionColumnParts {
+    AssistantPanels &assistant;
+    Workspace &workspace;
+    EditorArea &area;
+    EventCenter &events;
+    const Theme &theme;
+    FramelessWindow &window;                       // that the title row's buttons act on
+    std::function<QList<FileURL>()> askForFiles;   // to attach
+    std::function<void(const QUrl &)> openOutside; // a link
+};
+
+/// The right column, the place of the assistant, with the window's buttons in its title row.
 class SessionColumn final : public Ground
 {
     Q_OBJECT
 public:
-    /// Both must outlive the column.
-    SessionColumn(const Theme &theme, FramelessWindow &window, QWidget *parent = nullptr);
+    /// All parts must outlive the column.
+    explicit SessionColumn(const SessionColumnParts &parts, QWidget *parent = nullptr);
+
+    SessionView &session() { return *m_session; }
+
+private:
+    SessionView *m_session;
 };
 
 } // namespace Tessaline

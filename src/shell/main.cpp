@@ -10,6 +10,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/SystemMemory.h"
 #include "foundation_ui/TessalineStyle.h"
+#include "panels/AssistantPanels.h"
 #include "Services/AISettings.h"
 #include "Services/LocalAIService.h"
 #include "Services/ServerCandidates.h"
@@ -31,6 +32,7 @@
 #include <QtCore/QFutureWatcher>
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
+#include <QtGui/QClipboard>
 #include <QtGui/QDesktopServices>
 #include <QtGui/QSessionManager>
 #include <QtWidgets/QApplication>
@@ -109,6 +111,9 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
     LocalAIService assistant({.server = server, .documents = store, .wire = {}});
     AISettings assistantSettings(assistant, preferences, server.physicalMemoryBytes);
 
+    AssistantPanels assistantPanels({assistant, store, area, workspace, events, disk,
+                                     [](const QString &text) { QGuiApplication::clipboard()->setText(text); }});
+
     // 2. The appearance.
     SystemAppearance system(SystemAppearance::ofPalette(QGuiApplication::palette()));
     AppearanceSwitch appearance(preferences, system, theme);
@@ -122,8 +127,9 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
         return new WYSIWYGEditor(
             theme, events, [](const QUrl &url) { QDesktopServices::openUrl(url); }, parent);
     };
-    MainWindow window(
-        {workspace, projects, area, preferences, events, updates, appearance, assistantSettings, theme, makeEditor});
+    MainWindow window({workspace, projects, area, preferences, events, updates, appearance, assistantSettings,
+                       assistantPanels, theme, makeEditor, [&panels] { return panels.askForFiles(); },
+                       [](const QUrl &url) { QDesktopServices::openUrl(url); }});
     panels.setWindow(&window);
 
     // 4. The start and the end.

@@ -201,8 +201,9 @@ TEST_F(Menu, CheckingForUpdatesReachesTheUpdater)
     configured.log = [](const QString &) {};
     UpdateManager updates(configured);
     MainWindow window({m_workspace, m_projects, m_area, m_preferences, m_events, updates, m_appearance,
-                       m_assistantSettings, m_theme,
-                       [](EditorKind, QWidget *) -> DocumentEditor * { return nullptr; }});
+                       m_assistantSettings, m_assistantPanels, m_theme,
+                       [](EditorKind, QWidget *) -> DocumentEditor * { return nullptr; },
+                       [] { return QList<FileURL>(); }, [](const QUrl &) {}});
 
     for (const QAction *entry : window.menu().actions())
         for (QAction *action : entry->menu()->actions())

@@ -6,14 +6,15 @@
 #include "editing/MarkdownEditor.h"
 #include "foundation/EventCenter.h"
 #include "foundation/Preferences.h"
-#include "foundation_ui/TessalineStyle.h"
+#include "panels/AssistantPanels.h"
 #include "Services/AISettings.h"
-#include "Services/LocalAIService.h"
 #include "shell/AppearanceSwitch.h"
 #include "shell/ColumnSplitter.h"
 #include "shell/MainWindow.h"
 #include "shell/SystemAppearance.h"
 #include "shell/UpdateManager.h"
+#include "tests/support/AssistantWithoutServer.h"
+#include "tests/support/DressingTheme.h"
 #include "tests/support/TemporaryFiles.h"
 #include "tests/support/Waiting.h"
 
@@ -23,14 +24,6 @@
 #include <gtest/gtest.h>
 
 namespace Tessaline {
-
-/// The theme that dresses the application. The toolkit's style goes on using it after a test.
-inline Theme &dressingTheme()
-{
-    static Theme theme;
-    [[maybe_unused]] static const bool kDressed = (dressApplication(theme), true);
-    return theme;
-}
 
 /// The whole window over a folder of the test's own.
 class OpenWindow : public ::testing::Test
@@ -111,22 +104,17 @@ protected:
                        }}};
     ProjectsList m_projects{m_workspace, m_events, [] { return std::optional<FileURL>(); }};
     UpdateManager m_updates{{QProcessEnvironment(), QVariant(), {}, [](const QString &) {}}};
-    LocalAIService m_assistant{{.server = {.preferences = m_stored,
-                                           .checkHealth = {},
-                                           .cancelRequests = {},
-                                           .dataFolder = {},
-                                           .candidates = {},
-                                           .environment = {},
-                                           .physicalMemoryBytes = quint64(8) << 30},
-                                .documents = m_store,
-                                .wire = {}}};
-    AISettings m_assistantSettings{m_assistant, m_preferences, quint64(8) << 30};
+    LocalAIService m_assistant{assistantWithoutServer(m_stored, m_store)};
+    AISettings m_assistantSettings{m_assistant, m_preferences, kEightGiB};
+    AssistantPanels m_assistantPanels{
+        {m_assistant, m_store, m_area, m_workspace, m_events, m_disk, [](const QString &) {}}};
     Theme &m_theme = dressingTheme();
     SystemAppearance m_system{Appearance::Light};
     AppearanceSwitch m_appearance{m_preferences, m_system, m_theme};
-    MainWindow m_window{
-        {m_workspace, m_projects, m_area, m_preferences, m_events, m_updates, m_appearance, m_assistantSettings,
-         m_theme, [this](EditorKind, QWidget *parent) { return new MarkdownEditor(m_theme, m_events, parent); }}};
+    MainWindow m_window{{m_workspace, m_projects, m_area, m_preferences, m_events, m_updates, m_appearance,
+                         m_assistantSettings, m_assistantPanels, m_theme,
+                         [this](EditorKind, QWidget *parent) { return new MarkdownEditor(m_theme, m_events, parent); },
+                         [] { return QList<FileURL>(); }, [](const QUrl &) {}}};
 };
 
 } // namespace Tessaline

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "MarkdownUI/LinkOpening.h"
+#include "panels/SuggestionActions.h"
+#include "Services/ChatMessage.h"
+
+#include <QtCore/QList>
+#include <QtWidgets/QWidget>
+
+#include <functional>
+
+namespace MarkdownUI {
+class MarkdownView;
+}
+
+namespace Tessaline {
+
+class ChatSenderPill;
+class QuotedText;
+class SuggestionCard;
+class Theme;
+
+struct ChatBubbleParts {
+    const Theme &theme;
+    SuggestionActions &actions;
+    std::function<std::optional<FileURL>()> activeFileURL; // at the moment of a press
+    MarkdownUI::OpenURL openURL;
+};
+
+/// One message: who said it, the bubble with its text, and the cards of the edits that it proposes. A message of the
+/// user is shown as it was typed; all others are Markdown.
+class ChatBubbleView final : public QWidget
+{
+    Q_OBJECT
+public:
+    /// The parts outlive the view.
+    ChatBubbleView(ChatBubbleParts parts, const ChatMessage &message, QWidget *parent = nullptr);
+    ~ChatBubbleView() override;
+
+    const ChatMessage &message() const { return m_message; }
+    /// The same message with another content.
+    void setMessage(const ChatMessage &message);
+
+    /// Lays the message out at this width; cheap for what has not changed.
+    int heightForWidth(int width) const override;
+
+Q_SIGNALS:
+    /// Another height may be needed for the same width.
+    void heightChanged();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    struct Geometry;
+    Geometry geometryFor(int width) const;
+    void updateBody();
+    void updateCards();
+    void updateStates();
+    void updateColors();
+    QWidget *makeWaitingRow();
+    MarkdownUI::MarkdownView *makeAnswer();
+
+    ChatBubbleParts m_parts;
+    ChatMessage m_message;
+    ChatSenderPill *m_pill;
+    QuotedText *m_question = nullptr;
+    QWidget *m_waiting = nullptr;                 // while there is no word yet
+    MarkdownUI::MarkdownView *m_answer = nullptr; // once there is text to show
+    QList<SuggestionCard *> m_cards;
+};
+
+} // namespace Tessaline

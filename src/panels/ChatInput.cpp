@@ -1,0 +1,170 @@
+#include "panels/ChatInput.h"
+
+#include "foundation_ui/Fonts.h"
+#include "foundation_ui/Label.h"
+#include "foundation_ui/ProgressIndicator.h"
+#include "foundation_ui/SymbolView.h"
+#include "foundation_ui/TextButton.h"
+#include "panels/ChatComposer.h"
+#include "panels/OptionButton.h"
+#include "panels/SendButton.h"
+#include "panels/SmallButton.h"
+#include "Services/LocalAIService.h"
+
+#include <QtGui/QPainter>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QVBoxLayout>
+
+namespace Tessaline {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+using LeadingIcon = ChatInputState::LeadingIcon;
+
+constexpr int kSidePadding = 16;
+constexpr int kTop = 4;
+constexpr int kBottom = 16;
+constexpr int kRowSpacing = 6;
+constexpr double kTextSize = 14;
+constexpr double kRadius = 18;
+constexpr double kIconSize = 12;
+constexpr double kSmallText = 10;
+
+/// The rounded ground of the field and its button.
+class FieldGround final : public QWidget
+{
+public:
+    explicit FieldGround(const Theme &theme) : m_theme(theme)
+    {
+        connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(m_theme.color(ColorRole::BubbleBorder));
+        painter.setBrush(m_theme.color(ColorRole::Field));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+    }
+
+private:
+    const Theme &m_theme;
+};
+
+} // namespace
+
+ChatInput::ChatInput(LocalAIService &ai, ChatComposer &composer, const Theme &theme,
+                     std::function<ChatSubject()> subject, QWidget *parent)
+    : QWidget(parent), m_ai(ai), m_composer(composer), m_theme(theme), m_subject(std::move(subject)),
+      m_field(new QLineEdit), m_icon(new SymbolView(theme, ColorRole::Accent, kIconSize)),
+      m_progress(new ProgressIndicator(theme)), m_send(new SendButton(theme)),
+      m_status(new Label(theme, ColorRole::SecondaryText, Fonts::interface(kSmallText))),
+      m_retry(new TextButton(theme, u"Retry Local AI"_s, TextButton::Kind::Plain)), m_clear(makeClearRow())
+{
+    m_field->setAccessibleName(u"Chat Input"_s);
+    m_field->setFont(Fonts::interface(kTextSize));
+    m_field->setFrame(false);
+    m_field->setAttribute(Qt::WA_MacShowFocusRect, false);
+    m_status->setAccessibleName(u"Context Status"_s);
+    m_retry->setFont(Fonts::interface(Fonts::kSmallSize, QFont::Medium));
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(kSidePadding, kTop, kSidePadding, kBottom);
+    column->setSpacing(0);
+    column->addWidget(makeRow());
+    m_status->setContentsMargins(6, 6, 6, 6);
+    column->addWidget(m_status);
+    column->addWidget(m_retry, 0, Qt::AlignLeft);
+    column->addWidget(m_clear, 0, Qt::AlignLeft);
+
+    connect(m_field, &QLineEdit::textEdited, &composer, &ChatComposer::setChatInput);
+    connect(m_field, &QLineEdit::returnPressed, this, &ChatInput::send);
+    connect(m_send, &QAbstractButton::clicked, this, [this] {
+        if (m_ai.isGenerating())
+            m_composer.stop();
+        else
+            send();
+    });
+    connect(m_retry, &QAbstractButton::clicked, &composer, &ChatComposer::retry);
+    connect(&composer, &ChatComposer::stateChanged, this, &ChatInput::update);
+    connect(&ai, &LocalAIService::contextStatusChanged, this, &ChatInput::updateStatus);
+    connect(&ai, &LocalAIService::chatMessagesChanged, this,
+            [this] { m_clear->setVisible(!m_ai.chatMessages().isEmpty()); });
+    update();
+    updateStatus();
+    m_clear->setVisible(!ai.chatMessages().isEmpty());
+}
+
+QWidget *ChatInput::field() const
+{
+    return m_field;
+}
+
+QWidget *ChatInput::makeRow()
+{
+    auto *row = new FieldGround(m_theme);
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(12, 7, 10, 7);
+    layout->setSpacing(kRowSpacing);
+    m_progress->setFixedSize(ProgressIndicator::kSide * 6 / 10, ProgressIndicator::kSide * 6 / 10);
+    m_icon->setFixedSize(ProgressIndicator::kSide, ProgressIndicator::kSide);
+    layout->addWidget(m_icon);
+    layout->addWidget(m_progress);
+    layout->addWidget(m_field, 1);
+    layout->addSpacing(4);
+    layout->addWidget(m_send);
+    row->setFocusProxy(m_field);
+    return row;
+}
+
+QWidget *ChatInput::makeClearRow()
+{
+    auto *clear = new SmallButton(m_theme, u"Clear Chat"_s, SmallButton::Kind::Bare, kSmallText, u"trash"_s);
+    clear->setHelp(u"Clear Chat History"_s);
+    connect(clear, &QAbstractButton::clicked, &m_composer, &ChatComposer::clearChat);
+    return clear;
+}
+
+void ChatInput::send()
+{
+    const ChatSubject subject = m_subject();
+    m_composer.send(subject.document, subject.project);
+}
+
+void ChatInput::update()
+{
+    const ChatInputState state = m_composer.state();
+    if (m_field->text() != m_composer.chatInput())
+        m_field->setText(m_composer.chatInput());
+    m_field->setPlaceholderText(state.placeholder);
+    // A field that is disabled loses the focus, and gets it back when it can be used again, unless the person has gone
+    // on to something else.
+    if (m_field->hasFocus() && !state.isFieldEnabled)
+        m_wantsFocus = true;
+    m_field->setEnabled(state.isFieldEnabled);
+    if (m_wantsFocus && state.isFieldEnabled) {
+        m_wantsFocus = false;
+        const QWidget *focus = window()->focusWidget();
+        if (!focus || isAncestorOf(focus))
+            m_field->setFocus(Qt::OtherFocusReason);
+    }
+    m_progress->setVisible(state.leadingIcon == LeadingIcon::Progress);
+    m_icon->setVisible(state.leadingIcon != LeadingIcon::Progress);
+    const bool isWarning = state.leadingIcon == LeadingIcon::Warning;
+    m_icon->setSymbol(isWarning ? u"exclamationmark.triangle.fill"_s : u"sparkles"_s);
+    m_icon->setColorRole(isWarning ? ColorRole::RemovedText : ColorRole::Accent);
+    m_send->setState(state);
+    m_retry->setVisible(state.isOffline);
+}
+
+void ChatInput::updateStatus()
+{
+    m_status->setText(m_ai.contextStatus());
+    m_status->setToolTip(m_ai.contextStatus());
+    m_status->setVisible(!m_ai.contextStatus().isEmpty());
+}
+
+} // namespace Tessaline
