@@ -12,7 +12,7 @@ class DefaultNetworkImageCache final : public NetworkImageCache
 public:
     static constexpr int kCountLimit = 100;
     /// What all kept images may take in memory: one of the largest that are decoded, or a hundred of a window's size.
-    static constexpr qsizetype kByteLimit = qsizetype(512) << 20;
+    static constexpr qsizetype kByteLimit = qsizetype(256) << 20;
 
     explicit DefaultNetworkImageCache(int countLimit = kCountLimit, qsizetype byteLimit = kByteLimit);
 
