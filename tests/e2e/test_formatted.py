@@ -102,18 +102,29 @@ class FormattedTest(EndToEndTest):
         text = self.formatted().text
         return len(text[:text.index(words)].encode("utf-16-le")) // 2
 
+    def area_of(self, offset):
+        """Where a character of the formatted text stands on the screen; it is brought into view by the wheel."""
+        pane_x, pane_y, pane_width, pane_height = self.formatted().area
+        while True:
+            area = self.formatted().character_area(offset)
+            is_above, is_below = area[1] < pane_y, area[1] + area[3] > pane_y + pane_height
+            if not is_above and not is_below:
+                return area
+            self.screen.click(pane_x + pane_width // 2, pane_y + pane_height // 2, button=4 if is_above else 5)
+            wait_until(lambda: self.formatted().character_area(offset) != area, "the wheel has scrolled", 5)
+
     def click_before(self, words):
         """Puts the caret in front of these words, with the mouse."""
-        x, y, _, height = self.formatted().character_area(self.offset_of(words))
+        x, y, _, height = self.area_of(self.offset_of(words))
         self.screen.click(x + 1, y + height // 2)
 
     def click_behind(self, words):
-        x, y, width, height = self.formatted().character_area(self.offset_of(words) + len(words) - 1)
+        x, y, width, height = self.area_of(self.offset_of(words) + len(words) - 1)
         self.screen.click(x + width - 1, y + height // 2)
 
     def click_box(self, words):
         """Clicks the check box of the task with these words, which stands before them with a tab."""
-        x, y, width, height = self.formatted().character_area(self.offset_of(words) - 2)
+        x, y, width, height = self.area_of(self.offset_of(words) - 2)
         self.screen.click(x + width // 2, y + height // 2)
 
     def select(self, words):
