@@ -97,7 +97,7 @@ def include_levels(files):
     if not allowed:
         findings.append(f"{MODULE_TABLE}:1: the table of the levels cannot be read")
     for path, text in files.items():
-        probe = path.startswith("tools/") and is_cpp(path)
+        probe = path.startswith("tools/probe/") and is_cpp(path)
         if not (path.startswith("src/") and is_cpp(path)) and not probe:
             continue
         module = None if probe else module_of(path, files)

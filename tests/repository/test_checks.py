@@ -94,6 +94,7 @@ class IncludeLevels(Repository):
     def test_the_probe_stays_without_widgets(self):
         self.assertEqual(checks.include_levels(with_file("tools/probe/main.cpp", '#include "documents/Tree.h"')), [])
         self.assertEqual(len(checks.include_levels(with_file("tools/probe/main.cpp", '#include "editing/Bar.h"'))), 1)
+        self.assertEqual(checks.include_levels(with_file("tools/gallery/main.cpp", '#include "editing/Bar.h"')), [])
 
     def test_a_library_that_is_not_in_the_table_is_found(self):
         sample = {**SAMPLE, "src/new/CMakeLists.txt": "tessaline_module(new SOURCES N.cpp)", "src/new/N.cpp": ""}
