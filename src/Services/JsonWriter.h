@@ -5,6 +5,7 @@
 #include <QtCore/QStringView>
 
 #include <string_view>
+#include <utility>
 
 namespace Tessaline {
 

@@ -13,7 +13,7 @@
 
 #include <optional>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 
 namespace Tessaline {
 

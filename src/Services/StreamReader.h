@@ -6,6 +6,7 @@
 #include <QtCore/QByteArray>
 
 #include <optional>
+#include <utility>
 
 namespace Tessaline {
 

@@ -11,8 +11,12 @@
 #include <QtCore/QTimer>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
+#include <utility>
+#include <variant>
 
 namespace Tessaline {
 
