@@ -40,7 +40,8 @@ public:
     virtual bool isRunning() const = 0;
     virtual void terminate() = 0;     // asks it to end (SIGTERM); nothing if it has
     virtual void waitUntilExit() = 0; // blocks, without the event loop
-    /// The exit status, or the number of the signal that ended it; 0 while it runs.
+    /// The exit status, or the number of the signal that ended it; 0 while it runs, and where this process has said to
+    /// the system that it does not wait for its children.
     virtual int terminationStatus() const = 0;
     /// Called once from the event loop after the program has ended, however and whenever it did; empty for nobody.
     virtual void setTerminationHandler(std::function<void()> handler) = 0;

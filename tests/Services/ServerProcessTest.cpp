@@ -49,7 +49,7 @@ protected:
     QCoro::Task<bool> checkHealth(std::stop_token stop)
     {
         if (!m_wire && m_server->port())
-            m_wire = std::make_unique<WireClient>(WireOptions{.address = {*m_server->port()}});
+            m_wire = std::make_unique<WireClient>(WireOptions{.address = {*m_server->port()}, .healthTimeout = 60s});
         if (!m_wire)
             co_return false;
         co_return co_await m_wire->checkHealth(stop);
