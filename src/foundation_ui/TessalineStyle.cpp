@@ -250,6 +250,8 @@ void TessalineStyle::drawPrimitive(PrimitiveElement element, const QStyleOption 
         return;
     }
     case PE_PanelLineEdit:
+        if (const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option); frame && frame->lineWidth == 0)
+            return; // a field without a frame lies on a ground that somebody else paints
         fillRounded(painter, QRectF(option->rect), kControlRadius, m_theme.color(ColorRole::Field));
         [[fallthrough]];
     case PE_FrameLineEdit:

@@ -15,11 +15,11 @@ namespace Tessaline {
 namespace {
 
 constexpr double kRadius = 4;
-constexpr int kSidePadding = 7;
+constexpr int kSidePadding = 5;
 constexpr int kIconArea = 12;
 constexpr double kIconSize = 10;
 constexpr double kTextSize = 10;
-constexpr int kSpacing = 4;
+constexpr int kSpacing = 3;
 constexpr double kGroundOpacity = 0.1; // of the accent
 constexpr double kBorderOpacity = 0.3;
 constexpr double kDisabledOpacity = 0.6; // of the secondary colour

@@ -140,17 +140,12 @@ void ChatInput::update()
     if (m_field->text() != m_composer.chatInput())
         m_field->setText(m_composer.chatInput());
     m_field->setPlaceholderText(state.placeholder);
-    // A field that is disabled loses the focus, and gets it back when it can be used again, unless the person has gone
-    // on to something else.
+    // A field that is disabled would hand its focus on to anything. The input keeps it, for when it can be used again.
     if (m_field->hasFocus() && !state.isFieldEnabled)
-        m_wantsFocus = true;
+        setFocus(Qt::OtherFocusReason);
     m_field->setEnabled(state.isFieldEnabled);
-    if (m_wantsFocus && state.isFieldEnabled) {
-        m_wantsFocus = false;
-        const QWidget *focus = window()->focusWidget();
-        if (!focus || isAncestorOf(focus))
-            m_field->setFocus(Qt::OtherFocusReason);
-    }
+    if (hasFocus() && state.isFieldEnabled)
+        m_field->setFocus(Qt::OtherFocusReason);
     m_progress->setVisible(state.leadingIcon == LeadingIcon::Progress);
     m_icon->setVisible(state.leadingIcon != LeadingIcon::Progress);
     const bool isWarning = state.leadingIcon == LeadingIcon::Warning;

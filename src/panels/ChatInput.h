@@ -56,7 +56,6 @@ private:
     Label *m_status;
     TextButton *m_retry;
     QWidget *m_clear;
-    bool m_wantsFocus = false; // the field had it when it was disabled
 };
 
 } // namespace Tessaline

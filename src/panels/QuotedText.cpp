@@ -29,10 +29,15 @@ QuotedText::QuotedText(const Theme &theme, ColorRole role, Tint tint, const QStr
     setAccessibleName(name);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
     setFont(Fonts::interface(Fonts::kSmallSize));
-    document()->setDocumentMargin(kPadding);
-    setPlainText(text);
+    for (QTextDocument *each : {document(), &m_measured}) {
+        each->setDefaultFont(font());
+        each->setDocumentMargin(kPadding);
+        each->setPlainText(text);
+    }
     connect(&theme, &Theme::changed, this, &QuotedText::takeColor);
     takeColor();
 }
@@ -49,19 +54,22 @@ void QuotedText::takeColor()
 void QuotedText::setTextFont(const QFont &font)
 {
     setFont(font);
-    document()->setDefaultFont(font);
+    for (QTextDocument *each : {document(), &m_measured})
+        each->setDefaultFont(font);
     updateGeometry();
 }
 
 void QuotedText::setQuotedText(const QString &text)
 {
-    setPlainText(text);
+    for (QTextDocument *each : {document(), &m_measured})
+        each->setPlainText(text);
     updateGeometry();
 }
 
 void QuotedText::setPadding(double padding)
 {
-    document()->setDocumentMargin(padding);
+    for (QTextDocument *each : {document(), &m_measured})
+        each->setDocumentMargin(padding);
     updateGeometry();
 }
 
@@ -75,9 +83,8 @@ void QuotedText::setHeight(Height height)
 
 int QuotedText::heightForWidth(int width) const
 {
-    if (std::abs(document()->textWidth() - width) >= 1)
-        document()->setTextWidth(width);
-    const int height = static_cast<int>(std::ceil(document()->size().height()));
+    m_measured.setTextWidth(width);
+    const int height = static_cast<int>(std::ceil(m_measured.size().height()));
     return m_height == Height::OfText ? height : std::min(height, kHighest);
 }
 

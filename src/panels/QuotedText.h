@@ -2,6 +2,7 @@
 
 #include "foundation_ui/Theme.h"
 
+#include <QtGui/QTextDocument>
 #include <QtWidgets/QTextEdit>
 
 namespace Tessaline {
@@ -23,6 +24,7 @@ public:
     void setPadding(double padding); // on all sides, 6 at first
     enum class Height { Bounded, OfText };
     void setHeight(Height height); // Bounded at first
+    bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
 
     QSize sizeHint() const override;
@@ -38,6 +40,7 @@ private:
     const Theme &m_theme;
     ColorRole m_role;
     Tint m_tint;
+    mutable QTextDocument m_measured; // the same text, laid out to be measured: the shown one keeps the widget's width
     Height m_height = Height::Bounded;
 };
 

@@ -28,7 +28,7 @@ constexpr int kSidePadding = 16;
 constexpr int kListPadding = 12;
 constexpr int kRowSpacing = 8;
 constexpr int kChipSpacing = 8;
-constexpr double kAddSymbolSize = 11;
+constexpr double kAddSymbolSize = 16; // the outline has air around it
 constexpr int kPlaceholderWidth = 240;
 
 QList<FileURL> localFiles(const QMimeData &dragged)

@@ -61,8 +61,8 @@ private:
     const Theme &m_theme;
     std::function<QList<FileURL>()> m_askForFiles;
     IconButton *m_add;
+    QHBoxLayout *m_chips = nullptr; // inside of the row, whose making sets it
     QWidget *m_suggestionsRow;
-    QHBoxLayout *m_chips = nullptr;
     QStringList m_shownSuggestions;
     QWidget *m_placeholder;
     QScrollArea *m_list;
