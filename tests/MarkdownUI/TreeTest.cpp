@@ -341,4 +341,22 @@ TEST(NodeConversion, LeavesOutWhatIsNotShown)
     EXPECT_EQ(blockOf(block.get()), std::nullopt);
 }
 
+TEST(NodeConversionDeathTest, AListThatNoParserMakesEndsTheProcess)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // A quote becomes a list in the library's own way, which asks what is around it and not what is in it.
+    const Node document(cmark_node_new(CMARK_NODE_DOCUMENT));
+    cmark_node *list = cmark_node_new(CMARK_NODE_BLOCK_QUOTE);
+    cmark_node_append_child(document.get(), list);
+    ASSERT_TRUE(cmark_node_set_type(list, CMARK_NODE_LIST));
+    EXPECT_DEATH(blockOf(list),
+                 "Fatal error.*MarkdownUI/MarkdownParser.*cmark reported a list node without a list type\\.");
+
+    cmark_node *other = cmark_node_new(CMARK_NODE_BLOCK_QUOTE);
+    cmark_node_append_child(document.get(), other);
+    cmark_node_append_child(other, cmark_node_new(CMARK_NODE_PARAGRAPH));
+    ASSERT_TRUE(cmark_node_set_type(other, CMARK_NODE_LIST));
+    EXPECT_DEATH(blockOf(other), "Expected a list item but got a 'paragraph' instead\\.");
+}
+
 } // namespace
