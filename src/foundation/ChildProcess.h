@@ -40,8 +40,7 @@ public:
     virtual bool isRunning() const = 0;
     virtual void terminate() = 0;     // asks it to end (SIGTERM); nothing if it has
     virtual void waitUntilExit() = 0; // blocks, without the event loop
-    /// The exit status, or the number of the signal that ended it; 0 while it runs, and where this process has said to
-    /// the system that it does not wait for its children.
+    /// The exit status, or the number of the signal that ended it; 0 while it runs.
     virtual int terminationStatus() const = 0;
     /// Called once from the event loop after the program has ended, however and whenever it did; empty for nobody.
     virtual void setTerminationHandler(std::function<void()> handler) = 0;
@@ -54,7 +53,7 @@ using ChildLauncher = std::function<Result<std::shared_ptr<ChildProcess>>(const 
 ///
 /// The program has only its three standard streams open, default handling for every signal and none blocked. It is
 /// killed when this process ends, however that comes about; for that the calling thread must live as long as the
-/// process, so it is the main thread.
+/// process, so it is the main thread. This process must not ignore SIGCHLD, or the system forgets its children.
 Result<std::shared_ptr<ChildProcess>> launchChildProcess(const ChildCommand &command);
 
 } // namespace Tessaline

@@ -119,7 +119,7 @@ TEST_F(ServerProcess, WritesItsOutputToTheConsoleAndTheLogOneEntryForEachWrite)
     const QRegularExpression expected(u"\\A%1loading\nmodel\n%1ünïcode, no line end\n\\z"_s.arg(time));
     EXPECT_TRUE(expected.match(QString::fromUtf8(log())).hasMatch()) << log().constData();
     m_supervisor->stopServer();
-    const QByteArray lines = console();
+    const QByteArray lines = '\n' + console();
     EXPECT_TRUE(lines.contains("\n[Local AI Server] loading\nmodel\n")) << lines.constData();
     EXPECT_TRUE(lines.contains("\n[Local AI Server] ünïcode, no line end\n")) << lines.constData();
     EXPECT_FALSE(lines.contains("caf")) << "a read that ends within a character is dropped as a whole";

@@ -213,19 +213,6 @@ TEST_F(Child, TellsTheSignalThatEndedIt)
     EXPECT_EQ(child->terminationStatus(), SIGKILL);
 }
 
-TEST_F(Child, IsKnownToHaveEndedWhereTheSystemCollectsChildrenByItself)
-{
-    const auto before = std::signal(SIGCHLD, SIG_IGN);
-    const auto restore = qScopeGuard([before] { std::signal(SIGCHLD, before); });
-    const auto child = launch(shellScript("exit 5"));
-    bool isReported = false;
-    child->setTerminationHandler([&] { isReported = true; });
-
-    EXPECT_TRUE(eventually([&] { return isReported; }));
-    EXPECT_FALSE(child->isRunning());
-    EXPECT_EQ(child->terminationStatus(), 0) << "nobody knows any more";
-}
-
 TEST_F(Child, IsReportedEvenIfItEndedBeforeAnybodyAsked)
 {
     const auto child = launch(shellScript("exit 1"));
