@@ -26,14 +26,13 @@ WireFailure transportFailure(const QString &description)
 } // namespace
 
 HttpExchange::HttpExchange(Request request, std::shared_ptr<BodyReader> reader, QObject *parent)
-    : QObject(parent), m_reader(std::move(reader))
+    : QObject(parent), m_request(std::move(request)), m_reader(std::move(reader))
 {
     m_idle.setSingleShot(true);
-    m_idle.setInterval(request.timeout);
+    m_idle.setInterval(m_request.timeout);
     connect(&m_idle, &QTimer::timeout, this, [this] { end(transportFailure(u"The request timed out."_s)); });
 
-    const quint16 port = request.address.port;
-    connect(&m_socket, &QTcpSocket::connected, this, [this, request = std::move(request)] { send(request); });
+    connect(&m_socket, &QTcpSocket::connected, this, &HttpExchange::send);
     connect(&m_socket, &QTcpSocket::bytesWritten, &m_idle, qOverload<>(&QTimer::start));
     connect(&m_socket, &QTcpSocket::readyRead, this, &HttpExchange::receive);
     connect(&m_socket, &QTcpSocket::errorOccurred, this, &HttpExchange::connectionEnded);
@@ -41,7 +40,7 @@ HttpExchange::HttpExchange(Request request, std::shared_ptr<BodyReader> reader, 
     m_socket.setProxy(QNetworkProxy::NoProxy);
     m_socket.setReadBufferSize(kReadAhead);
     m_idle.start();
-    m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), port);
+    m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), m_request.address.port);
 }
 
 HttpExchange::~HttpExchange()
@@ -49,17 +48,18 @@ HttpExchange::~HttpExchange()
     m_socket.disconnect(this);
 }
 
-void HttpExchange::send(const Request &request)
+void HttpExchange::send()
 {
     m_wasConnected = true;
-    QByteArray head = request.method + ' ' + request.path +
-                      " HTTP/1.1\r\nHost: 127.0.0.1:" + QByteArray::number(request.address.port) +
+    const QByteArray body = std::exchange(m_request.body, {});
+    QByteArray head = m_request.method + ' ' + m_request.path +
+                      " HTTP/1.1\r\nHost: 127.0.0.1:" + QByteArray::number(m_request.address.port) +
                       "\r\nConnection: close\r\n";
-    if (!request.body.isEmpty())
-        head += "Content-Type: application/json\r\nContent-Length: " + QByteArray::number(request.body.size()) + "\r\n";
+    if (!body.isEmpty())
+        head += "Content-Type: application/json\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n";
     m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_socket.write(head + "\r\n");
-    m_socket.write(request.body);
+    m_socket.write(body);
     m_idle.start();
 }
 

@@ -74,12 +74,13 @@ public:
     Ending ending() { return Ending(*this); }
 
 private:
-    void send(const Request &request);
+    void send();
     void receive();
     std::optional<End> read();
     void connectionEnded();
     void end(End result);
 
+    Request m_request; // its body goes as soon as it is handed to the connection
     std::shared_ptr<BodyReader> m_reader;
     QTcpSocket m_socket;
     QTimer m_idle;

@@ -115,16 +115,20 @@ QCoro::Task<End> exchange(HttpExchange::Request request, std::shared_ptr<BodyRea
     co_return co_await running->ending();
 }
 
-/// The value that a whole body stands for.
+/// The same for a reply whose whole body stands for a value.
 template <class Value>
-WireResult<Value> valueOf(const End &end, const WholeBodyReader &reader, std::optional<Value> (*decode)(QByteArrayView))
+QCoro::Task<WireResult<Value>> exchangeForValue(HttpExchange::Request request, qsizetype longestBody,
+                                                std::optional<Value> (*decode)(QByteArrayView), StopSigns stop,
+                                                QObject *client)
 {
+    const auto reader = std::make_shared<WholeBodyReader>(longestBody);
+    const End end = co_await exchange(std::move(request), reader, std::move(stop), client);
     if (!end)
-        return end.failure();
-    std::optional<Value> value = decode(reader.body());
+        co_return end.failure();
+    std::optional<Value> value = decode(reader->body());
     if (!value)
-        return WireFailure{Kind::Malformed, -1, u"The server's answer could not be read."_s};
-    return *std::move(value);
+        co_return WireFailure{Kind::Malformed, -1, u"The server's answer could not be read."_s};
+    co_return *std::move(value);
 }
 
 } // namespace
@@ -138,50 +142,42 @@ WireClient::~WireClient()
 
 QCoro::Task<bool> WireClient::checkHealth(std::stop_token stop)
 {
-    const HttpExchange::Request request{m_options.address, "GET", "/health", {}, m_options.healthTimeout};
+    HttpExchange::Request request{m_options.address, "GET", "/health", {}, m_options.healthTimeout};
     const StopSigns signs{std::move(stop), m_life.get_token()};
-    const End end = co_await exchange(request, std::make_shared<NothingReader>(), signs, this);
+    const End end = co_await exchange(std::move(request), std::make_shared<NothingReader>(), signs, this);
     co_return static_cast<bool>(end);
 }
 
 QCoro::Task<WireResult<std::monostate>> WireClient::chat(ChatRequestPayload payload, StreamPath path, EventSink onEvent,
                                                          std::stop_token stop)
 {
-    const HttpExchange::Request request{m_options.address, "POST", "/v1/chat/completions", encodeChatRequest(payload),
-                                        m_options.streamTimeout};
+    HttpExchange::Request request{m_options.address, "POST", "/v1/chat/completions", encodeChatRequest(payload),
+                                  m_options.streamTimeout};
+    payload = {}; // an answer takes minutes, and a document is large
     const StopSigns signs{std::move(stop), m_life.get_token()};
     const auto reader = std::make_shared<EventReader>(path, m_options.longestReply, std::move(onEvent));
-    co_return co_await exchange(request, reader, signs, this);
+    co_return co_await exchange(std::move(request), reader, signs, this);
 }
 
 QCoro::Task<WireResult<QStringList>> WireClient::suggestContext(QString content, std::stop_token stop)
 {
-    const HttpExchange::Request request{m_options.address, "POST", "/v1/suggest-context",
-                                        encodeSuggestionsRequest(content), m_options.bodyTimeout};
-    const StopSigns signs{std::move(stop), m_life.get_token()};
-    const auto reader = std::make_shared<WholeBodyReader>(m_options.longestReply);
-    const End end = co_await exchange(request, reader, signs, this);
-    co_return valueOf(end, *reader, decodeSuggestionsResponse);
+    return exchangeForValue(
+        {m_options.address, "POST", "/v1/suggest-context", encodeSuggestionsRequest(content), m_options.bodyTimeout},
+        m_options.longestReply, decodeSuggestionsResponse, {std::move(stop), m_life.get_token()}, this);
 }
 
 QCoro::Task<WireResult<ConceptExpansionResponse>> WireClient::expandConcept(QString topic, std::stop_token stop)
 {
-    const HttpExchange::Request request{m_options.address, "POST", "/v1/expand-concept", encodeConceptRequest(topic),
-                                        m_options.bodyTimeout};
-    const StopSigns signs{std::move(stop), m_life.get_token()};
-    const auto reader = std::make_shared<WholeBodyReader>(m_options.longestReply);
-    const End end = co_await exchange(request, reader, signs, this);
-    co_return valueOf(end, *reader, decodeConceptResponse);
+    return exchangeForValue(
+        {m_options.address, "POST", "/v1/expand-concept", encodeConceptRequest(topic), m_options.bodyTimeout},
+        m_options.longestReply, decodeConceptResponse, {std::move(stop), m_life.get_token()}, this);
 }
 
 QCoro::Task<WireResult<QString>> WireClient::digestFile(QString filename, QString content, std::stop_token stop)
 {
-    const HttpExchange::Request request{m_options.address, "POST", "/v1/digest-file",
-                                        encodeDigestRequest(filename, content), m_options.bodyTimeout};
-    const StopSigns signs{std::move(stop), m_life.get_token()};
-    const auto reader = std::make_shared<WholeBodyReader>(m_options.longestReply);
-    const End end = co_await exchange(request, reader, signs, this);
-    co_return valueOf(end, *reader, decodeDigestResponse);
+    return exchangeForValue(
+        {m_options.address, "POST", "/v1/digest-file", encodeDigestRequest(filename, content), m_options.bodyTimeout},
+        m_options.longestReply, decodeDigestResponse, {std::move(stop), m_life.get_token()}, this);
 }
 
 } // namespace Tessaline
