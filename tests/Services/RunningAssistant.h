@@ -47,9 +47,6 @@ public:
         : m_port(freePort()), m_store(m_events, disk),
           m_server(withPort(script, m_port), ScriptedServerFolder::Port::Fixed)
     {
-        Environment environment = ownEnvironment();
-        environment.insert("SCRIPTED_SERVER_SCRIPT",
-                           m_server.files().url(QStringLiteral("script.json")).path().toUtf8());
         WireOptions wire;
         wire.address.port = m_port;
         m_service = std::make_unique<LocalAIService>(LocalAIServiceParts{
@@ -58,7 +55,7 @@ public:
                        .cancelRequests = {},
                        .dataFolder = m_files.url(QStringLiteral("data")),
                        .candidates = {m_server.executable()},
-                       .environment = environment,
+                       .environment = m_server.environment(),
                        .delay = [](std::chrono::milliseconds,
                                    std::stop_token stop) { return delay(std::chrono::milliseconds(20), stop); }},
             .documents = m_store,

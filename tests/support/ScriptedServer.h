@@ -1,14 +1,14 @@
 #pragma once
 
+#include "foundation/ChildProcess.h"
 #include "foundation/FileURL.h"
 #include "tests/support/TemporaryFiles.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
-#include <QtCore/QProcess>
-#include <QtCore/QProcessEnvironment>
 
+#include <memory>
 #include <optional>
 
 namespace Tessaline {
@@ -24,8 +24,7 @@ public:
     explicit ScriptedServerFolder(const QByteArray &script = "{}", Port port = Port::Free);
 
     FileURL executable() const { return m_files.url(QStringLiteral("tessaline-server")); }
-    /// `environment` and where the script is.
-    QProcessEnvironment environment(QProcessEnvironment environment = QProcessEnvironment::systemEnvironment()) const;
+    Environment environment() const; // this process's own and where the script is
 
     std::optional<quint16> port() const; // absent until it listens
     QJsonObject process() const;         // how the program was started; empty until it was
@@ -54,7 +53,7 @@ public:
     void kill(); // returns when it has gone
 
 private:
-    QProcess m_process;
+    std::shared_ptr<ChildProcess> m_process; // null if it could not be started
     quint16 m_port = 0;
 };
 

@@ -42,6 +42,7 @@ private:
         __tsan_acquire(self);
         if (which == Call) {
             self->m_slot->call(receiver, arguments);
+            __tsan_release(self); // the one who posted it may be the last to let go of it
             if (self->m_done)
                 __tsan_release(self->m_done);
         } else if (which == Compare) {
