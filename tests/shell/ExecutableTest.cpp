@@ -75,17 +75,20 @@ protected:
     }
     Answer run(const QStringList &arguments) const { return run(arguments, environment()); }
 
-    /// Whether a signal would be taken by the program rather than end it on the spot.
-    static bool handlesSignals(const QProcess &process)
+    /// Whether `signal` is in one of the masks that the system tells of a process, such as "SigCgt:", those it handles.
+    static bool isInMask(const QProcess &process, QByteArrayView mask, int signal)
     {
         QFile status(u"/proc/%1/status"_s.arg(process.processId()));
         if (!status.open(QIODevice::ReadOnly))
             return false;
         for (const QByteArray &line : status.readAll().split('\n'))
-            if (line.startsWith("SigCgt:"))
-                return line.sliced(7).trimmed().toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1;
+            if (line.startsWith(mask))
+                return line.sliced(mask.size()).trimmed().toULongLong(nullptr, 16) >> (signal - 1) & 1;
         return false;
     }
+
+    /// Whether a signal would be taken by the program rather than end it on the spot.
+    static bool handlesSignals(const QProcess &process) { return isInMask(process, "SigCgt:", SIGTERM); }
 
     /// Starts it on no screen and waits until it can be asked to end. `beforeItStarts` is run in its process.
     std::unique_ptr<QProcess> startRunning(const std::function<void()> &beforeItStarts = {}) const
@@ -212,6 +215,15 @@ TEST_F(Executable, AStandardStreamThatCameClosedIsNotGivenToAFileOfItsOwn)
         EXPECT_EQ(openFile(*process, stream), u"/dev/null"_s);
     process->terminate();
     expectGoodEnd(*process, {});
+}
+
+TEST_F(Executable, HearsOfTheEndOfItsChildrenAlsoWhereItsParentDidNotWantTo)
+{
+    const auto process = startRunning([] { std::signal(SIGCHLD, SIG_IGN); });
+
+    EXPECT_FALSE(isInMask(*process, "SigIgn:", SIGCHLD));
+    process->terminate();
+    expectGoodEnd(*process);
 }
 
 TEST_F(Executable, PrintingIntoAPipeThatNobodyReadsDoesNotEndIt)
