@@ -15,7 +15,7 @@ void openWithCare(const QUrl &url, QWidget *parent, const OpenURL &outside)
         outside(url);
         return;
     }
-    auto *const question = new Tessaline::LinkQuestion(url.toString(QUrl::FullyDecoded), parent);
+    auto *const question = new Tessaline::LinkQuestion(url.toString(), parent);
     question->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(question, &QDialog::accepted, question, [url, outside] { outside(url); });
     question->open();

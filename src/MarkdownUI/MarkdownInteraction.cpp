@@ -272,23 +272,8 @@ DisplayPosition MarkdownInteraction::moved(DisplayPosition from, Movement moveme
                 return {from.leaf, at};
         return {from.leaf, direction > 0 ? text.size() : 0};
     }
-    case Movement::Row: {
-        const QRectF caret = m_display.caretRect(from);
-        const double x = m_wantedX >= 0 ? m_wantedX : caret.center().x();
-        m_wantedX = x;
-        // Into the next row of the same block, or over the gap into the next block.
-        double y = direction > 0 ? caret.bottom() + 1 : caret.top() - 1;
-        const QRectF leaf = m_display.leafRect(from.leaf);
-        const bool leaves = direction > 0 ? y >= leaf.bottom() : y < leaf.top();
-        if (leaves) {
-            const qsizetype other = from.leaf + direction;
-            if (other < 0 || other >= m_display.leafCount())
-                return direction > 0 ? m_display.endPosition() : DisplayPosition();
-            m_display.box(other);
-            y = direction > 0 ? m_display.leafRect(other).top() + 1 : m_display.leafRect(other).bottom() - 1;
-        }
-        return m_display.positionAt({x, y});
-    }
+    case Movement::Row:
+        return rowBeside(from, direction);
     case Movement::RowEnd: {
         const Tessaline::TextRange row = m_display.box(from.leaf).rowAt(from.offset);
         return {from.leaf, direction > 0 ? row.end() : row.location};
@@ -297,6 +282,29 @@ DisplayPosition MarkdownInteraction::moved(DisplayPosition from, Movement moveme
         return direction > 0 ? m_display.endPosition() : DisplayPosition();
     }
     return from;
+}
+
+/// The nearest place in the row below or above: of the same block, or over the gap in the next one.
+DisplayPosition MarkdownInteraction::rowBeside(DisplayPosition from, int direction)
+{
+    const QRectF caret = m_display.caretRect(from);
+    if (m_wantedX < 0)
+        m_wantedX = caret.center().x();
+    const QRectF leaf = m_display.leafRect(from.leaf);
+    constexpr int kStep = 3; // points; rows stand apart, so the next one is looked for
+    for (double y = direction > 0 ? caret.bottom() + 1 : caret.top() - 1; y >= leaf.top() && y < leaf.bottom();
+         y += kStep * direction) {
+        const DisplayPosition found = m_display.positionAt({m_wantedX, y});
+        if (found.leaf == from.leaf && (m_display.caretRect(found).top() - caret.top()) * direction > 1)
+            return found;
+    }
+    const qsizetype other = from.leaf + direction;
+    if (other < 0 || other >= m_display.leafCount())
+        return direction > 0 ? m_display.endPosition() : DisplayPosition();
+    m_display.box(other);
+    const QRectF beside = m_display.leafRect(other);
+    return {other,
+            m_display.box(other).positionAt({m_wantedX - beside.left(), direction > 0 ? 1 : beside.height() - 1})};
 }
 
 bool MarkdownInteraction::handleKey(const QKeyEvent &key)

@@ -61,6 +61,7 @@ private:
 
     DisplayRange unitAt(DisplayPosition position) const;
     DisplayPosition moved(DisplayPosition from, Movement movement, int direction);
+    DisplayPosition rowBeside(DisplayPosition from, int direction);
     DisplayPosition nextCharacter(DisplayPosition from);
     DisplayPosition previousCharacter(DisplayPosition from);
     void extendTo(DisplayPosition caret);

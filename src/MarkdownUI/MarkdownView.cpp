@@ -311,7 +311,7 @@ bool MarkdownView::viewportEvent(QEvent *event)
         }
         const BlockTarget target = m_display->target(place);
         const QString text =
-            target.kind == BlockTarget::Kind::Link ? target.url.toString(QUrl::FullyDecoded) : target.name;
+            target.kind == BlockTarget::Kind::Link ? target.url.toString() : target.name;
         QToolTip::showText(help->globalPos(), Tessaline::plainToolTip(text), viewport());
         return true;
     }

@@ -102,9 +102,8 @@ private:
             }
             const QString marker =
                 (m_form == Form::Markdown ? markdownMarker(item->marker) : item->marker.plainText()) + u' ';
-            // A task's text stands below the sign of the list, not below the box.
-            const bool isTask = m_form == Form::Markdown && std::holds_alternative<TaskSign>(item->marker.sign);
-            const QString blanks(isTask ? 2 : marker.size(), u' ');
+            const qsizetype width = m_form == Form::Markdown ? markdownWidth(item->marker) : marker.size();
+            const QString blanks(width, u' ');
             prefix.first.append(isFromItsStart && m_display.isFirstOf(leaf, *container) ? marker : blanks);
             prefix.others.append(blanks);
         }
@@ -114,6 +113,8 @@ private:
     void writeLeaf(qsizetype leaf)
     {
         const OutlineLeaf &outline = m_display.leaf(leaf);
+        if (m_form == Form::Plain && std::holds_alternative<RuleLeaf>(outline.content))
+            return; // a line without letters
         const QString text = m_display.leafText(leaf);
         const TextRange range = rangeIn(leaf, text.size());
         const TextLeaf *const paragraph = std::get_if<TextLeaf>(&outline.content);
@@ -125,9 +126,8 @@ private:
             return;
         }
         const Prefix prefix = prefixOf(leaf, range.location == 0);
-        if (leaf > m_range.start.leaf) {
-            const QString blank = withoutBlanks(prefix.others);
-            m_out.append(isSetClose(leaf) ? u"\n"_s : u"\n%1\n"_s.arg(m_form == Form::Markdown ? blank : QString()));
+        if (!m_out.isEmpty()) {
+            m_out.append(isSetClose(leaf) ? u"\n"_s : u"\n%1\n"_s.arg(betweenPrefix(leaf)));
         }
         content.replace(u"\n"_s, u'\n' + prefix.others);
         m_out.append(prefix.first + content);
@@ -147,6 +147,31 @@ private:
                 plain.append(run.image ? run.image->alt : text.sliced(from, to - from));
         }
         return plain;
+    }
+
+    /// What stands on the empty line between a leaf and the one before: the bars of the quotes that hold both.
+    QString betweenPrefix(qsizetype leaf) const
+    {
+        if (m_form == Form::Plain || m_display.blockOf(leaf) != m_display.blockOf(leaf - 1))
+            return {};
+        const std::vector<const OutlineContainer *> below = m_display.containersOf(leaf);
+        const std::vector<const OutlineContainer *> above = m_display.containersOf(leaf - 1);
+        QString prefix;
+        for (size_t i = 1; i <= std::min({below.size(), above.size(), static_cast<size_t>(kDeepest)}); ++i) {
+            const OutlineContainer *const container = below[below.size() - i]; // the outermost first
+            if (container != above[above.size() - i])
+                break;
+            const ItemPlace *const item = std::get_if<ItemPlace>(&container->kind);
+            prefix.append(item ? QString(markdownWidth(item->marker), u' ') : u"> "_s);
+        }
+        return withoutBlanks(prefix);
+    }
+
+    /// How far the text of an item is indented in Markdown. A task's stands below the sign of the list, not below the
+    /// box.
+    static qsizetype markdownWidth(const ListMarker &marker)
+    {
+        return std::holds_alternative<TaskSign>(marker.sign) ? 2 : markdownMarker(marker).size() + 1;
     }
 
     static QString withoutBlanks(QString text)
