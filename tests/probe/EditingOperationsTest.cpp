@@ -1,29 +1,12 @@
-#include "tests/probe/ProbeProcess.h"
+#include "tests/probe/OperationCase.h"
 
 #include <gtest/gtest.h>
-
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
 
 namespace Tessaline {
 
 namespace {
 
-using namespace Qt::StringLiterals;
-
-struct Case {
-    const char *name;
-    const char *request; // without the braces
-    const char *result;  // as JSON
-};
-
-/// Any value of JSON.
-QJsonValue read(const QByteArray &json)
-{
-    return QJsonDocument::fromJson('[' + json + ']').array().at(0);
-}
-
-const Case kCases[] = {
+const OperationCase kCases[] = {
     {"Blocks", R"("op":"parseBlocks","text":"- a\n\n---")",
      R"([{"content":"a","style":"bullet","marker":"•\t","parsesInlineMarkdown":true},
          {"content":"────────────────","style":"horizontalRule","marker":null,"parsesInlineMarkdown":false}])"},
@@ -86,12 +69,7 @@ const Case kCases[] = {
     {"AnUnknownFormatCommand", R"("op":"applyFormat","runs":[],"location":0,"length":0,"type":"h4")", "null"},
 };
 
-std::string nameOfCase(const testing::TestParamInfo<Case> &parameter)
-{
-    return parameter.param.name;
-}
-
-class EditingOperations : public testing::TestWithParam<Case>
+class EditingOperations : public testing::TestWithParam<OperationCase>
 {};
 
 } // namespace
@@ -99,12 +77,7 @@ class EditingOperations : public testing::TestWithParam<Case>
 TEST_P(EditingOperations, Answers)
 {
     ProbeProcess probe;
-
-    const QByteArray request = QByteArray('{' + QByteArray(GetParam().request) + '}').replace('\n', ' ');
-    const QByteArray answer = probe.answerTo(request);
-
-    const QJsonObject expected{{u"ok"_s, true}, {u"result"_s, read(GetParam().result)}};
-    EXPECT_EQ(QJsonDocument::fromJson(answer).object(), expected) << answer.constData();
+    expectResult(probe, GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, EditingOperations, testing::ValuesIn(kCases), nameOfCase);
@@ -123,11 +96,8 @@ TEST(EditingOperationsErrors, WrongArgumentsAreNamed)
     };
     ProbeProcess probe;
 
-    for (const auto &[request, error] : cases) {
-        const QJsonObject answer = QJsonDocument::fromJson(probe.answerTo(request)).object();
-        EXPECT_EQ(answer.value(u"ok"_s), QJsonValue(false)) << request;
-        EXPECT_EQ(answer.value(u"error"_s).toString().toStdString(), error) << request;
-    }
+    for (const auto &[request, error] : cases)
+        expectError(probe, request, error);
 }
 
 } // namespace Tessaline

@@ -1,10 +1,9 @@
-#include "tests/probe/ProbeProcess.h"
+#include "tests/probe/OperationCase.h"
 #include "tests/support/TemporaryFiles.h"
 
 #include <gtest/gtest.h>
 
 #include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
 
 namespace Tessaline {
 
@@ -12,19 +11,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-struct Case {
-    const char *name;
-    const char *request; // without the braces
-    const char *result;  // as JSON
-};
-
-/// Any value of JSON.
-QJsonValue read(const QByteArray &json)
-{
-    return QJsonDocument::fromJson('[' + json + ']').array().at(0);
-}
-
-const Case kCases[] = {
+const OperationCase kCases[] = {
     {"TheRecommendedModel", R"("op":"recommendedModel","physicalMemoryBytes":17179869184)", R"("llama-3.1-8b-q4")"},
     {"TheModelForLessMemory", R"("op":"recommendedModel","physicalMemoryBytes":17179869183)", R"("llama-3.2-3b-q4")"},
     {"TheChosenModel", R"("op":"resolveActiveModel","selection":"qwen-2.5-14b-q4","physicalMemoryBytes":0)",
@@ -92,12 +79,7 @@ const Case kCases[] = {
     {"TheBestExcerpt", R"("op":"bestExcerpt","content":"A short text.","query":"tide")", R"("A short text.")"},
 };
 
-std::string nameOfCase(const testing::TestParamInfo<Case> &parameter)
-{
-    return parameter.param.name;
-}
-
-class ServicesOperations : public testing::TestWithParam<Case>
+class ServicesOperations : public testing::TestWithParam<OperationCase>
 {};
 
 } // namespace
@@ -105,12 +87,7 @@ class ServicesOperations : public testing::TestWithParam<Case>
 TEST_P(ServicesOperations, Answers)
 {
     ProbeProcess probe;
-
-    const QByteArray request = QByteArray('{' + QByteArray(GetParam().request) + '}').replace('\n', ' ');
-    const QByteArray answer = probe.answerTo(request);
-
-    const QJsonObject expected{{u"ok"_s, true}, {u"result"_s, read(GetParam().result)}};
-    EXPECT_EQ(QJsonDocument::fromJson(answer).object(), expected) << answer.constData();
+    expectResult(probe, GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ServicesOperations, testing::ValuesIn(kCases), nameOfCase);
@@ -151,11 +128,8 @@ TEST(ServicesOperationsErrors, WrongArgumentsAreNamed)
     };
     ProbeProcess probe;
 
-    for (const auto &[request, error] : cases) {
-        const QJsonObject answer = QJsonDocument::fromJson(probe.answerTo(request)).object();
-        EXPECT_EQ(answer.value(u"ok"_s), QJsonValue(false)) << request;
-        EXPECT_EQ(answer.value(u"error"_s).toString().toStdString(), error) << request;
-    }
+    for (const auto &[request, error] : cases)
+        expectError(probe, request, error);
 }
 
 } // namespace Tessaline
