@@ -61,6 +61,12 @@ void AddContextPopover::update()
 {
     if (m_field->text() != m_context.conceptInput())
         m_field->setText(m_context.conceptInput());
+    if (m_isShowingProgress == m_context.isExpandingConcept() && m_shownOptions == m_context.ambiguousOptions())
+        return;
+    m_isShowingProgress = m_context.isExpandingConcept();
+    m_shownOptions = m_context.ambiguousOptions();
+    if (m_state->count() > 0 && m_state->itemAt(0)->widget()->isAncestorOf(focusWidget()))
+        focusField(); // what has the focus goes
     while (QLayoutItem *old = m_state->takeAt(0)) {
         old->widget()->hide();
         old->widget()->deleteLater(); // this may be in answer to its click

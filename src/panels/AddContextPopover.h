@@ -1,6 +1,11 @@
 #pragma once
 
+#include "Services/ConceptCard.h"
+
+#include <QtCore/QList>
 #include <QtWidgets/QWidget>
+
+#include <optional>
 
 class QLineEdit;
 class QVBoxLayout;
@@ -35,6 +40,8 @@ private:
     const Theme &m_theme;
     QLineEdit *m_field;
     QVBoxLayout *m_state; // holds the one widget for the state
+    std::optional<bool> m_isShowingProgress;
+    QList<ConceptCard> m_shownOptions;
 };
 
 } // namespace Tessaline

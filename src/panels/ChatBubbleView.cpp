@@ -219,7 +219,7 @@ ChatBubbleView::Geometry ChatBubbleView::geometryFor(int width) const
     }
     for (qsizetype i = 0; i < m_cards.size(); ++i) {
         y += kSpacing + (i == 0 ? kCardsTop : 0);
-        const int height = m_cards[i]->layout()->totalHeightForWidth(width);
+        const int height = m_cards[i]->heightForWidth(width);
         geometry.cards.append(QRect(0, y, width, height));
         y += height;
     }

@@ -6,6 +6,8 @@
 
 #include <QtCore/QVariantAnimation>
 #include <QtGui/QResizeEvent>
+#include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStyle>
 
@@ -42,6 +44,7 @@ ChatMessagesList::ChatMessagesList(LocalAIService &ai, ChatBubbleParts parts, QW
     connect(m_animation, &QVariantAnimation::finished, this,
             [this] { verticalScrollBar()->setValue(verticalScrollBar()->maximum()); });
 
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *focus) { reveal(focus); });
     m_wasGenerating = ai.isGenerating();
     connect(&ai, &LocalAIService::chatMessagesChanged, this, &ChatMessagesList::takeMessages);
     connect(&ai, &LocalAIService::isGeneratingChanged, this, [this] {
@@ -209,6 +212,20 @@ void ChatMessagesList::scrollToEnd()
         m_animation->setEndValue(to);
         m_animation->start();
     }
+}
+
+/// Brings what has taken the focus into view. A text is left where it is if some of it can be seen.
+void ChatMessagesList::reveal(const QWidget *focus)
+{
+    if (!focus || !viewport()->isAncestorOf(focus))
+        return;
+    const QRect box(focus->mapTo(viewport(), QPoint(0, 0)), focus->size());
+    const bool isButton = qobject_cast<const QAbstractButton *>(focus) != nullptr;
+    if (isButton ? viewport()->rect().contains(box) : viewport()->rect().intersects(box))
+        return;
+    const int step = box.top() < 0 ? box.top() - kPadding : box.bottom() + kPadding - viewport()->height();
+    m_animation->stop();
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + step);
 }
 
 void ChatMessagesList::resizeEvent(QResizeEvent *event)

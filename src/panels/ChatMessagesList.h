@@ -53,6 +53,7 @@ private:
     ChatBubbleView *makeBubble(const ChatMessage &message);
     void invalidate(const ChatBubbleView *bubble);
     void scrollToEnd();
+    void reveal(const QWidget *focus);
     void showOrHideEmptyState();
 
     LocalAIService &m_ai;

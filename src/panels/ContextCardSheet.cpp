@@ -83,7 +83,7 @@ ContextCardSheet::ContextCardSheet(SessionContext &context, const Theme &theme, 
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), this), &QShortcut::activated, &context,
             &SessionContext::saveCard);
     connect(this, &QDialog::rejected, &context, &SessionContext::cancelCard);
-    store();
+    m_save->setEnabled(context.canSaveCard());
 }
 
 void ContextCardSheet::store()

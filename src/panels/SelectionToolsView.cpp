@@ -83,7 +83,7 @@ void SelectionToolsView::update()
         return;
     m_shown = m_tools.activePopover();
     if (m_popover) {
-        m_popover->disconnect(this);
+        m_popover->disconnect(&m_tools); // what it shows has been decided already
         m_popover->close();
         m_popover->deleteLater(); // this may be in answer to one of its buttons
         m_popover = nullptr;

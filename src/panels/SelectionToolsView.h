@@ -3,6 +3,7 @@
 #include "panels/SelectionTools.h"
 
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
 
 #include <array>
 
@@ -41,7 +42,7 @@ private:
     const Theme &m_theme;
     std::array<Button, 3> m_buttons;
     ActivePopover::Value m_shown;
-    Popover *m_popover = nullptr; // while a card is shown
+    QPointer<Popover> m_popover; // while a card is shown; the window may end first
 };
 
 } // namespace Tessaline

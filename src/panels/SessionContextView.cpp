@@ -18,6 +18,8 @@
 #include <QtWidgets/QScrollArea>
 #include <QtWidgets/QVBoxLayout>
 
+#include <algorithm>
+
 namespace Tessaline {
 
 namespace {
@@ -50,6 +52,22 @@ QScrollArea *makeScrollArea(QWidget *content)
     area->viewport()->setAutoFillBackground(false);
     content->setAutoFillBackground(false);
     return area;
+}
+
+/// Whether the focus of the window is inside, also while another window is the active one.
+bool holdsFocus(const QWidget &widget)
+{
+    const QWidget *focus = widget.window()->focusWidget();
+    return focus && (focus == &widget || widget.isAncestorOf(focus));
+}
+
+/// The place in the layout of the widget with the focus; -1 for none.
+int focusedIndex(const QLayout &layout)
+{
+    for (int i = 0; i < layout.count(); ++i)
+        if (const QWidget *widget = layout.itemAt(i)->widget(); widget && holdsFocus(*widget))
+            return i;
+    return -1;
 }
 
 /// Takes the widgets out of a layout; they may be the reason for the call, so they go a moment later.
@@ -170,6 +188,7 @@ void SessionContextView::updateSuggestions()
     if (suggestions == m_shownSuggestions)
         return;
     m_shownSuggestions = suggestions;
+    const bool hadFocus = holdsFocus(*m_suggestionsRow);
     clear(*m_chips);
     for (const QString &suggestion : suggestions) {
         auto *chip = new SuggestionChip(m_theme, suggestion);
@@ -178,6 +197,8 @@ void SessionContextView::updateSuggestions()
         m_chips->addWidget(chip);
     }
     m_chips->addStretch();
+    if (hadFocus)
+        m_add->setFocus(Qt::OtherFocusReason); // the chip is gone
 }
 
 void SessionContextView::updateItems()
@@ -188,12 +209,19 @@ void SessionContextView::updateItems()
     if (items == m_shownItems)
         return;
     m_shownItems = items;
+    const int focused = focusedIndex(*m_rows);
     clear(*m_rows);
     for (const ContextItem &item : items) {
         auto *row = new ContextRow(m_theme, item);
         connect(row, &QAbstractButton::clicked, &m_context, [this, item] { m_context.editItem(item); });
         m_rows->addWidget(row);
+        row->show(); // at once, to be able to take the focus
     }
+    if (focused < 0)
+        return;
+    QWidget *heir = items.isEmpty() ? static_cast<QWidget *>(m_add)
+                                    : m_rows->itemAt(std::min(focused, m_rows->count() - 1))->widget();
+    heir->setFocus(Qt::OtherFocusReason);
 }
 
 void SessionContextView::updatePopover()
@@ -259,9 +287,10 @@ void SessionContextView::updateDuplicateAlert()
     QPushButton *cancel = m_alert->addButton(u"Cancel"_s, QMessageBox::RejectRole);
     m_alert->setDefaultButton(addAnyway);
     m_alert->setEscapeButton(cancel);
-    connect(m_alert, &QMessageBox::buttonClicked, &m_context, [this, addAnyway](const QAbstractButton *button) {
-        m_alert = nullptr; // it closes by itself
-        if (button == addAnyway)
+    // However it is closed: the window's own button presses none of these.
+    connect(m_alert, &QDialog::finished, &m_context, [this, alert = m_alert.data(), addAnyway] {
+        m_alert = nullptr; // it goes by itself
+        if (alert->clickedButton() == addAnyway)
             m_context.addAnyway();
         else
             m_context.cancelPending();

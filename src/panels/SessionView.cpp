@@ -13,7 +13,30 @@
 #include <QtWidgets/QSplitter>
 #include <QtWidgets/QVBoxLayout>
 
+#include <algorithm>
+#include <utility>
+
 namespace Tessaline {
+
+namespace {
+
+/// What Tab reaches inside of `widget`, from top to bottom.
+void appendFocusStops(const QWidget &widget, QList<QWidget *> &stops)
+{
+    QList<QWidget *> children = widget.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    if (!widget.layout()) // with one, they stand in the order in which they were added
+        std::stable_sort(children.begin(), children.end(),
+                         [](const QWidget *left, const QWidget *right) { return left->y() < right->y(); });
+    for (QWidget *child : std::as_const(children)) {
+        if (child->isWindow() || child->isHidden())
+            continue;
+        if (child->focusPolicy() & Qt::TabFocus)
+            stops.append(child);
+        appendFocusStops(*child, stops);
+    }
+}
+
+} // namespace
 
 SessionView::SessionView(SessionViewParts parts, QWidget *parent)
     : QWidget(parent), m_parts(std::move(parts)),
@@ -62,6 +85,16 @@ void SessionView::openLink(const QUrl &url)
     }
     if (link.topic)
         m_parts.events.post(AppEvents::kAddContextConceptTriggered, {{AppEvents::kConcept, *link.topic}});
+}
+
+bool SessionView::focusNextPrevChild(bool next)
+{
+    // Messages, rows and chips come and go; their places in the toolkit's order are those in which they came.
+    QList<QWidget *> stops;
+    appendFocusStops(*this, stops);
+    for (qsizetype i = 1; i < stops.size(); ++i)
+        setTabOrder(stops[i - 1], stops[i]);
+    return QWidget::focusNextPrevChild(next);
 }
 
 void SessionView::showEvent(QShowEvent *event)

@@ -56,6 +56,7 @@ public:
 
 protected:
     void showEvent(QShowEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private:
     void followActiveFile();

@@ -26,7 +26,7 @@ SmallButton::SmallButton(const Theme &theme, const QString &text, Kind kind, dou
     : PlainButton(theme, parent), m_kind(kind), m_symbol(symbol)
 {
     setText(text);
-    setFont(Fonts::interface(textSize, QFont::DemiBold));
+    setFont(Fonts::interface(textSize, kind == Kind::Bare ? QFont::Normal : QFont::DemiBold));
     setCornerRadius(kRadius);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }

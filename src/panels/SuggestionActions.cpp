@@ -45,7 +45,10 @@ void printFileFailure(const Failure &failure)
 
 } // namespace
 
-SuggestionActions::SuggestionActions(SuggestionActionsParts parts, QObject *parent) : QObject(parent), m_parts(parts) {}
+SuggestionActions::SuggestionActions(SuggestionActionsParts parts, QObject *parent) : QObject(parent), m_parts(parts)
+{
+    connect(&m_parts.ai, &LocalAIService::suggestionStatesChanged, this, &SuggestionActions::statesChanged);
+}
 
 SuggestionActions::~SuggestionActions()
 {

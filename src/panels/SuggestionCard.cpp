@@ -70,7 +70,8 @@ SuggestionCard::SuggestionCard(const EditSuggestion &suggestion, const Theme &th
     column->setSpacing(kSpacing);
     column->addWidget(
         new Label(theme, ColorRole::SecondaryText, Fonts::interface(kTextSize, QFont::Bold), u"Proposed Change"_s));
-    column->addWidget(makeChangeBox());
+    if (!suggestion.originalText.isEmpty() || !suggestion.replacementText.isEmpty())
+        column->addWidget(makeChangeBox());
     column->addWidget(m_buttons);
     column->addWidget(m_accepted);
     column->addWidget(m_rejected);
@@ -98,17 +99,19 @@ QWidget *SuggestionCard::makeChangeBox()
 
 void SuggestionCard::setState(SuggestionState state)
 {
-    const bool hadFocus = m_buttons->isAncestorOf(focusWidget()) && m_buttons->focusWidget();
     m_state = state;
     m_accepted->setVisible(state == SuggestionState::Accepted);
     m_rejected->setVisible(state == SuggestionState::Rejected);
-    m_buttons->setVisible(state == SuggestionState::Pending);
-    if (hadFocus && state != SuggestionState::Pending)
-        focusNextChild(); // the focus must not go with its button
+    m_buttons->setVisible(state == SuggestionState::Pending); // a focus on them goes on to what is next
     const QString words[] = {u"pending"_s, u"accepted"_s, u"rejected"_s};
     setAccessibleName(u"Proposed Change"_s);
     setAccessibleDescription(words[static_cast<int>(state)]);
     updateGeometry();
+}
+
+int SuggestionCard::heightForWidth(int width) const
+{
+    return layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(width) : layout()->totalSizeHint().height();
 }
 
 void SuggestionCard::paintEvent(QPaintEvent *)

@@ -22,6 +22,8 @@ public:
     const EditSuggestion &suggestion() const { return m_suggestion; }
     void setState(SuggestionState state);
 
+    int heightForWidth(int width) const override;
+
 Q_SIGNALS:
     void accepted();
     void rejected();
