@@ -88,8 +88,12 @@ public:
     {}
     BlockNode(const BlockNode &) = default;
     BlockNode(BlockNode &&) noexcept = default;
-    BlockNode &operator=(const BlockNode &) = default;
-    BlockNode &operator=(BlockNode &&) noexcept = default;
+    /// From anywhere, a node further down in this one too.
+    BlockNode &operator=(BlockNode other) noexcept
+    {
+        m_value.swap(other.m_value);
+        return *this;
+    }
     ~BlockNode();
 
     /// For std::visit.

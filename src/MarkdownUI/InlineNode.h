@@ -54,8 +54,12 @@ public:
     {}
     InlineNode(const InlineNode &) = default;
     InlineNode(InlineNode &&) noexcept = default;
-    InlineNode &operator=(const InlineNode &) = default;
-    InlineNode &operator=(InlineNode &&) noexcept = default;
+    /// From anywhere, a node further down in this one too.
+    InlineNode &operator=(InlineNode other) noexcept
+    {
+        m_value.swap(other.m_value);
+        return *this;
+    }
     ~InlineNode();
 
     /// For std::visit.

@@ -144,8 +144,22 @@ TEST(Tree, ACopyStaysAsItWasWhenTheOtherChanges)
 
     EXPECT_EQ(copy.children()->size(), 1);
     EXPECT_NE(copy, node);
-    node = *std::as_const(node).children()->cbegin(); // out of its own tree
-    EXPECT_EQ(node, InlineNode(InlineNode::Text{u"a"_s}));
+}
+
+TEST(Tree, ANodeCanBecomeOneThatItHolds)
+{
+    const InlineNode inner = InlineNode::Strong{{InlineNode::Text{u"a"_s}}};
+    InlineNode node = InlineNode::Emphasis{{InlineNode::Emphasis{{inner}}}};
+    node = *std::as_const(node).children()->cbegin();
+    EXPECT_EQ(node, InlineNode(InlineNode::Emphasis{{inner}}));
+    node = std::move(*node.children()->begin());
+    EXPECT_EQ(node, inner);
+
+    BlockNode block = blocksOf(u"> > - a"_s).first();
+    block = block.as<BlockNode::Blockquote>()->children.first();
+    EXPECT_EQ(block, blocksOf(u"> - a"_s).first());
+    block = std::move(std::get<BlockNode::Blockquote>(block.value()).children.first());
+    EXPECT_EQ(block, blocksOf(u"- a"_s).first());
 }
 
 // --- nothing is lost ---
