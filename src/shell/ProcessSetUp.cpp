@@ -5,6 +5,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace Tessaline {
 
 void setUpProcess()
@@ -16,6 +20,15 @@ void setUpProcess()
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL);
+
+#ifdef __GLIBC__
+    // A long document passes through several forms while it is opened. What they took goes back to the system at once:
+    // the library would raise these bounds after the first large block, and keep tens of megabytes.
+    constexpr int kLargeBlock = 128 * 1024; // bytes
+    mallopt(M_MMAP_THRESHOLD, kLargeBlock);
+    mallopt(M_TRIM_THRESHOLD, kLargeBlock);
+    mallopt(M_ARENA_MAX, 2); // one for the main thread, one for all workers
+#endif
 }
 
 } // namespace Tessaline

@@ -2,7 +2,8 @@
 
 namespace Tessaline {
 
-/// Guards the process, and the documents it writes, against what it was started with. The first thing that `main` does.
+/// Guards the process, and the documents it writes, against what it was started with, and has it give back the memory
+/// that it no longer needs. The first thing that `main` does.
 ///
 /// - A standard stream that came closed leads nowhere from here on. Otherwise the next file or connection that is
 ///   opened would be that stream, and what is printed would land in it.
