@@ -1,6 +1,7 @@
 #include "MarkdownUI/BoxMaking.h"
 
 #include "MarkdownUI/CodeBlockBox.h"
+#include "MarkdownUI/Overloaded.h"
 #include "MarkdownUI/PictureBox.h"
 #include "MarkdownUI/PictureStore.h"
 #include "MarkdownUI/StyledTextMaking.h"
@@ -17,11 +18,6 @@ namespace MarkdownUI {
 namespace {
 
 constexpr double kPictureGap = 0.25; // rem, between the pictures of a flow
-
-template <class... Cases>
-struct Overloaded : Cases... {
-    using Cases::operator()...;
-};
 
 /// Whether any node at any depth is of one of these cases.
 template <class... Cases>

@@ -80,11 +80,11 @@ private:
     std::unique_ptr<MarkdownInteraction> m_interaction;
     DisplayEnvironment m_environment; // as it was set, with the scheme of the appearance
     OpenURL m_openURL;
+    int m_inset = 16;              // stands before what is made from it
     MarkdownDisplay::Anchor m_top; // of the display, at the upper edge of the viewport
-    QColor m_ground; // not valid: the editor's background
-    int m_inset = 16;
-    bool m_isSyncing = false; // the scroll bar is being set to what is shown
-    QPointF m_lastPoint;      // of the mouse, in the viewport
+    QColor m_ground;               // not valid: the editor's background
+    bool m_isSyncing = false;      // the scroll bar is being set to what is shown
+    QPointF m_lastPoint;           // of the mouse, in the viewport
     QElapsedTimer m_sinceDoubleClick;
     QBasicTimer m_autoScroll;
 };

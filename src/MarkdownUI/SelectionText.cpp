@@ -1,6 +1,7 @@
 #include "MarkdownUI/SelectionText.h"
 
 #include "MarkdownUI/InlineWriting.h"
+#include "MarkdownUI/Overloaded.h"
 
 #include <algorithm>
 #include <limits>
@@ -16,11 +17,6 @@ namespace {
 enum class Form { Plain, Markdown };
 
 constexpr qsizetype kDeepest = 50; // containers that are written around a leaf; deeper ones are left out
-
-template <class... Cases>
-struct Overloaded : Cases... {
-    using Cases::operator()...;
-};
 
 QString markdownMarker(const ListMarker &marker)
 {
