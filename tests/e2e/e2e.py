@@ -26,6 +26,7 @@ SERVER_PLACES = (EXECUTABLE.parent, EXECUTABLE.parent.parent / "lib/tessaline", 
 NO_SERVER = "tessaline-server binary not found. Paths checked: [{}]\n".format(
     ", ".join(f'"{place}/tessaline-server"' for place in SERVER_PLACES))
 QUIET_START = NO_UPDATER + NO_SERVER
+NO_SUGGESTIONS = "Failed to fetch suggestions: Could not connect to the server.\n"  # for each file that comes to the front
 
 AUTOSAVE_DELAY = 0.3  # seconds after the last change
 
@@ -130,8 +131,12 @@ class EndToEndTest(unittest.TestCase):
         self.assertEqual(self.application.wait_for_end(), status)
         self.expect_quiet_console()
 
+    def console(self):
+        """What the program has printed, but for what the missing server makes it say now and then."""
+        return self.application.output().replace(NO_SUGGESTIONS, "")
+
     def expect_quiet_console(self):
-        self.assertEqual(self.application.output(), QUIET_START * self.starts)
+        self.assertEqual(self.console(), QUIET_START * self.starts)
         self.assertEqual(self.application.errors(), "")
 
     def restart(self):

@@ -24,7 +24,7 @@ class BadInput(EndToEndTest):
         self.expect_text("café")
         self.application.process.terminate()
         self.assertEqual(self.application.wait_for_end(), 0)
-        self.assertRegex(self.application.output(), rf"\A{re.escape(QUIET_START)}Failed to load file at {path}: [^\n]+\n\Z")
+        self.assertRegex(self.console(), rf"\A{re.escape(QUIET_START)}Failed to load file at {path}: [^\n]+\n\Z")
 
     def test_a_save_that_fails_is_told_and_the_text_is_kept_until_it_works(self):
         path = self.write("notes/a.md", b"one")
