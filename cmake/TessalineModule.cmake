@@ -37,13 +37,31 @@ function(tessaline_module name)
     set_property(GLOBAL APPEND PROPERTY TESSALINE_MODULES ${name})
 endfunction()
 
+# The precompiled headers are made once: by an empty library for all libraries and programs, and by another, with what tests
+# use, for all tests. Their compile options are those of `tessaline_options`, as everybody's are.
+set(TESSALINE_PRECOMPILED
+    <QtCore/QByteArray> <QtCore/QHash> <QtCore/QList> <QtCore/QObject> <QtCore/QString> <QtCore/QStringView>
+    <QtCore/QVariant> <algorithm> <chrono> <functional> <memory> <optional> <utility> <variant> <vector>)
+
+# tessaline_precompile(target SHARED_AS owner LINKS ... HEADERS ...)
+#
+# Gives the target the precompiled header of the library `owner`, which is made when it is first asked for.
 function(tessaline_precompile target)
+    cmake_parse_arguments(ARG "" "SHARED_AS" "LINKS;HEADERS" ${ARGN})
     if(NOT TESSALINE_PRECOMPILED_HEADER)
         return()
     endif()
-    target_precompile_headers(${target} PRIVATE
-        <QtCore/QByteArray> <QtCore/QHash> <QtCore/QList> <QtCore/QObject> <QtCore/QString> <QtCore/QStringView>
-        <QtCore/QVariant> <algorithm> <chrono> <functional> <memory> <optional> <utility> <variant> <vector>)
+    if(NOT ARG_SHARED_AS)
+        set(ARG_SHARED_AS tessaline_precompiled)
+    endif()
+    if(NOT TARGET ${ARG_SHARED_AS})
+        set(source "${CMAKE_BINARY_DIR}/${ARG_SHARED_AS}.cpp")
+        file(CONFIGURE OUTPUT "${source}" CONTENT "")
+        add_library(${ARG_SHARED_AS} OBJECT "${source}")
+        target_link_libraries(${ARG_SHARED_AS} PRIVATE tessaline_options Qt6::Core ${ARG_LINKS})
+        target_precompile_headers(${ARG_SHARED_AS} PRIVATE ${TESSALINE_PRECOMPILED} ${ARG_HEADERS})
+    endif()
+    target_precompile_headers(${target} REUSE_FROM ${ARG_SHARED_AS})
 endfunction()
 
 # Collects every library that `target` reaches through its link lists.

@@ -11,7 +11,8 @@ function(tessaline_test name)
     add_executable(${name} ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     target_link_libraries(${name} PRIVATE tessaline_options tessaline_test_support GTest::gtest GTest::gmock Qt6::Test ${ARG_LINKS})
-    tessaline_precompile(${name})
+    tessaline_precompile(${name} SHARED_AS tessaline_tests_precompiled
+        LINKS GTest::gtest GTest::gmock HEADERS <gtest/gtest.h> <gmock/gmock.h>)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
         PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8" TIMEOUT 120)
 endfunction()
