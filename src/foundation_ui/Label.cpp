@@ -58,7 +58,8 @@ QSize Label::sizeHint() const
         const int width = std::min(fontMetrics().horizontalAdvance(text()) + 1, maximumWidth());
         return QSize(width, heightForWidth(width));
     }
-    return QSize(fontMetrics().horizontalAdvance(singleLine(text())) + 1, fontMetrics().height());
+    return QSize(fontMetrics().horizontalAdvance(singleLine(text())) + 1, fontMetrics().height())
+        .grownBy(contentsMargins());
 }
 
 QSize Label::minimumSizeHint() const
@@ -67,7 +68,7 @@ QSize Label::minimumSizeHint() const
         return QSize(0, fontMetrics().height());
     if (m_elideMode == Qt::ElideNone)
         return sizeHint();
-    return QSize(fontMetrics().horizontalAdvance(u'…'), fontMetrics().height());
+    return QSize(fontMetrics().horizontalAdvance(u'…'), fontMetrics().height()).grownBy(contentsMargins());
 }
 
 int Label::heightForWidth(int width) const
