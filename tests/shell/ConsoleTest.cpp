@@ -16,6 +16,7 @@ TEST(Console, MessagesAboutTheMachineThatChangeNothingAreNoise)
     EXPECT_TRUE(Console::isNoise(u"QStandardPaths: XDG_RUNTIME_DIR not set, defaulting to '/tmp/runtime-root'"_s));
     EXPECT_TRUE(
         Console::isNoise(u"Detected locale \"C\" with character encoding \"ANSI_X3.4-1968\", which is not UTF-8."_s));
+    EXPECT_TRUE(Console::isNoise(u"  OpenType support missing for \"\", script 11"_s));
 }
 
 TEST(Console, AScreenReaderThatAsksForARowThatHasGoneIsNoise)
