@@ -2,12 +2,12 @@
 
 #include "gallery/SampleImages.h"
 
+#include "foundation/FileAccess.h"
+#include "foundation_ui/Theme.h"
 #include "MarkdownUI/DisplayPainting.h"
 #include "MarkdownUI/FrameListing.h"
 #include "MarkdownUI/MarkdownView.h"
 #include "MarkdownUI/TextFonts.h"
-#include "foundation/FileAccess.h"
-#include "foundation_ui/Theme.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFile>
@@ -36,8 +36,7 @@ std::optional<QString> readSource(const QStringList &arguments)
         QFile sample(u":/gallery/constructs.md"_s);
         return sample.open(QIODevice::ReadOnly) ? std::optional(QString::fromUtf8(sample.readAll())) : std::nullopt;
     }
-    const Tessaline::Result<Tessaline::ChunkedText> text =
-        Tessaline::readText(Tessaline::FileURL(arguments.first()));
+    const Tessaline::Result<Tessaline::ChunkedText> text = Tessaline::readText(Tessaline::FileURL(arguments.first()));
     if (!text) {
         printError(text.failure().text);
         return std::nullopt;
@@ -86,7 +85,8 @@ int main(int argc, char **argv)
     parser.addPositionalArgument(u"file"_s, u"A Markdown file; every construct without one."_s, u"[file]"_s);
     const QCommandLineOption dark(u"dark"_s, u"In the dark appearance."_s);
     const QCommandLineOption bubble(u"bubble"_s, u"As in a bubble of the chat."_s);
-    const QCommandLineOption width(u"width"_s, u"The width of the text."_s, u"points"_s, QString::number(kDefaultWidth));
+    const QCommandLineOption width(u"width"_s, u"The width of the text."_s, u"points"_s,
+                                   QString::number(kDefaultWidth));
     const QCommandLineOption picture(u"picture"_s, u"Saves a picture instead of showing a window."_s, u"file"_s);
     const QCommandLineOption frames(u"frames"_s, u"Prints where everything stands instead of showing a window."_s);
     parser.addOptions({dark, bubble, width, picture, frames});
