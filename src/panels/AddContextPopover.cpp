@@ -78,6 +78,7 @@ void AddContextPopover::update()
         m_state->addWidget(makeOptions());
     else
         m_state->addWidget(makeAddButton());
+    m_state->itemAt(0)->widget()->show(); // at once: the layout would wait
 }
 
 QWidget *AddContextPopover::makeProgressRow()

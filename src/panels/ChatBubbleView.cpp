@@ -155,8 +155,12 @@ void ChatBubbleView::updateCards()
     if (m_message.isFromUser())
         return;
     const QList<EditSuggestion> suggestions = editSuggestions(m_message);
+    const auto remove = [](SuggestionCard *card) {
+        card->hide();
+        card->deleteLater(); // this may be in answer to one of its buttons
+    };
     while (m_cards.size() > suggestions.size())
-        m_cards.takeLast()->deleteLater();
+        remove(m_cards.takeLast());
     for (qsizetype i = 0; i < suggestions.size(); ++i) {
         if (i < m_cards.size() && m_cards[i]->suggestion() == suggestions[i])
             continue;
@@ -168,7 +172,7 @@ void ChatBubbleView::updateCards()
                 [this, suggestion = suggestions[i]] { m_parts.actions.rejectSuggestion(suggestion); });
         card->show();
         if (i < m_cards.size()) {
-            m_cards[i]->deleteLater();
+            remove(m_cards[i]);
             m_cards[i] = card;
         } else {
             m_cards.append(card);

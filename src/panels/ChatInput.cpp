@@ -11,6 +11,7 @@
 #include "panels/SmallButton.h"
 #include "Services/LocalAIService.h"
 
+#include <QtGui/QAccessible>
 #include <QtGui/QPainter>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QVBoxLayout>
@@ -68,7 +69,6 @@ ChatInput::ChatInput(LocalAIService &ai, ChatComposer &composer, const Theme &th
     m_field->setFont(Fonts::interface(kTextSize));
     m_field->setFrame(false);
     m_field->setAttribute(Qt::WA_MacShowFocusRect, false);
-    m_status->setAccessibleName(u"Context Status"_s);
     m_retry->setFont(Fonts::interface(Fonts::kSmallSize, QFont::Medium));
 
     auto *column = new QVBoxLayout(this);
@@ -160,6 +160,9 @@ void ChatInput::updateStatus()
     m_status->setText(m_ai.contextStatus());
     m_status->setToolTip(m_ai.contextStatus());
     m_status->setVisible(!m_ai.contextStatus().isEmpty());
+    // A live region: what is new in it is told wherever the focus is. Its name is its text.
+    QAccessibleEvent alert(m_status, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
 }
 
 } // namespace Tessaline

@@ -101,7 +101,11 @@ void ChatMessagesList::invalidate(const ChatBubbleView *bubble)
     for (Row &row : m_rows)
         if (row.bubble == bubble)
             row.isExact = false;
+    // Outside of an answer something else than new words has become higher, and the end stays in view.
+    const bool wasAtEnd = verticalScrollBar()->value() == verticalScrollBar()->maximum();
     layOut();
+    if (wasAtEnd && !m_isLayingOut && !m_ai.isGenerating())
+        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
 int ChatMessagesList::rowTop(size_t index) const
@@ -181,10 +185,16 @@ void ChatMessagesList::layOut()
         return;
     m_isLayingOut = true;
     QScrollBar *bar = verticalScrollBar();
+    // What is measured moves the end, and the end what is near.
     int top = bar->value();
-    for (int round = 0; round < kMeasuringRounds && measureNear(top); ++round) {
+    int lowest = 0;
+    bool hasChanged = true;
+    for (int round = 0; round < kMeasuringRounds && hasChanged; ++round) {
+        lowest = std::max(0, contentHeight() - viewport()->height());
+        top = std::clamp(top, 0, lowest);
+        hasChanged = measureNear(top);
     }
-    const int lowest = std::max(0, contentHeight() - viewport()->height());
+    lowest = std::max(0, contentHeight() - viewport()->height());
     top = std::clamp(top, 0, lowest);
     bar->setPageStep(viewport()->height());
     bar->setRange(0, lowest);

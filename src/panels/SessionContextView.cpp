@@ -195,6 +195,7 @@ void SessionContextView::updateSuggestions()
         connect(chip, &QAbstractButton::clicked, &m_context,
                 [this, suggestion] { m_context.chooseSuggestion(suggestion); });
         m_chips->addWidget(chip);
+        chip->show(); // at once: the layout would wait
     }
     m_chips->addStretch();
     if (hadFocus)
@@ -215,7 +216,7 @@ void SessionContextView::updateItems()
         auto *row = new ContextRow(m_theme, item);
         connect(row, &QAbstractButton::clicked, &m_context, [this, item] { m_context.editItem(item); });
         m_rows->addWidget(row);
-        row->show(); // at once, to be able to take the focus
+        row->show(); // the same, to be able to take the focus
     }
     if (focused < 0)
         return;
