@@ -245,7 +245,10 @@ void ChatMessagesList::resizeEvent(QResizeEvent *event)
             row.isExact = false;
     }
     m_emptyState->setGeometry(viewport()->rect());
+    const bool wasAtEnd = verticalScrollBar()->value() == verticalScrollBar()->maximum();
     layOut();
+    if (wasAtEnd) // a row below has come or gone
+        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
 void ChatMessagesList::scrollContentsBy(int, int)
@@ -255,8 +258,8 @@ void ChatMessagesList::scrollContentsBy(int, int)
 
 bool ChatMessagesList::eventFilter(QObject *watched, QEvent *event)
 {
-    // A scroll by wheel over a message is one of the list.
-    if (event->type() == QEvent::Wheel) {
+    // A scroll by wheel over a message is one of the list. The bars are watched too, and get it from there.
+    if (event->type() == QEvent::Wheel && watched->parent() == viewport()) {
         viewportEvent(event);
         return true;
     }

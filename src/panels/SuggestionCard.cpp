@@ -50,7 +50,7 @@ private:
 } // namespace
 
 SuggestionCard::SuggestionCard(const EditSuggestion &suggestion, const Theme &theme, QWidget *parent)
-    : QWidget(parent), m_suggestion(suggestion), m_theme(theme), m_buttons(new QWidget(this)),
+    : QWidget(parent), m_suggestion(suggestion), m_theme(theme), m_buttons(new QWidget),
       m_accepted(new Label(theme, ColorRole::AddedText, Fonts::interface(kTextSize, QFont::Bold), u"✓ Accepted"_s)),
       m_rejected(new Label(theme, ColorRole::SecondaryText, Fonts::interface(kTextSize, QFont::Bold), u"✕ Rejected"_s))
 {
