@@ -1,0 +1,234 @@
+#include "panels/ChatBubbleView.h"
+#include "panels/ChatSenderPill.h"
+#include "panels/SendButton.h"
+#include "panels/SuggestionCard.h"
+#include "tests/panels/PanelsViewsFixture.h"
+
+#include <QtGui/QAccessible>
+#include <QtGui/QWheelEvent>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QTextEdit>
+
+namespace Tessaline {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+QString block(const QString &original, const QString &replacement)
+{
+    return u"<<<<<<< SEARCH\n%1\n=======\n%2\n>>>>>>> REPLACE\n"_s.arg(original, replacement);
+}
+
+class ChatViewsTest : public PanelsViewsFixture
+{
+protected:
+    void setMessages(const QList<ChatMessage> &messages) { m_ai->setChatMessages(messages); }
+    QList<SuggestionCard *> cards() const { return visible<SuggestionCard>(list()); }
+    int end() const { return list().verticalScrollBar()->maximum(); }
+    bool isAtEnd() const { return list().verticalScrollBar()->value() == end(); }
+    static QString name(QWidget *widget)
+    {
+        return widget ? QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name) : QString();
+    }
+};
+
+} // namespace
+
+TEST_F(ChatViewsTest, WithoutMessagesTheListInvitesToTalk)
+{
+    show();
+    EXPECT_EQ(texts(list()), (QStringList{u"Consult Tessaline"_s, u"Talk to your document."_s}));
+    EXPECT_FALSE(hasButton(input(), u"Clear Chat"_s));
+    setMessages({message(u"user"_s, u"Hello"_s)});
+    EXPECT_EQ(texts(list()), QStringList());
+    EXPECT_EQ(button(input(), u"Clear Chat"_s)->toolTip(), u"Clear Chat History"_s);
+    click(button(input(), u"Clear Chat"_s));
+    EXPECT_TRUE(list().bubbles().isEmpty());
+    EXPECT_EQ(texts(list()).size(), 2);
+    EXPECT_EQ(list().accessibleName(), u"Chat Messages"_s);
+    EXPECT_EQ(field().accessibleName(), u"Chat Input"_s);
+    EXPECT_GE(m_column->minimumWidth(), 320);
+    EXPECT_GE(m_column->chat().minimumHeight(), 250);
+}
+
+TEST_F(ChatViewsTest, OfflineTheFieldIsDisabledUntilTheServerIsStartedAgain)
+{
+    show();
+    EXPECT_FALSE(field().isEnabled());
+    EXPECT_EQ(field().placeholderText(), u"Tessaline is offline..."_s);
+    click(button(input(), u"Retry Local AI"_s));
+    EXPECT_EQ(field().placeholderText(), u"Initializing Tessaline..."_s);
+    EXPECT_FALSE(hasButton(input(), u"Retry Local AI"_s));
+}
+
+TEST_F(ChatViewsTest, AQuestionIsSentByReturnAndTheFocusComesBackWithTheFieldAfterTheAnswer)
+{
+    serve(R"({"replies":{"/v1/chat/completions":[{"steps":[
+        {"event":{"context":{"prompt_tokens":2300}}},{"token":"It is "},{"token":"**one**."},{"done":true}]}]}})");
+    show();
+    auto &send = *input().findChild<SendButton *>();
+    EXPECT_EQ(send.size(), QSize(22, 22));
+    EXPECT_EQ(field().placeholderText(), u"Discuss with Tessaline..."_s);
+    field().setFocus();
+    QTest::keyClicks(&field(), u"   "_s);
+    press(Qt::Key_Return);
+    EXPECT_EQ(field().text(), u"   "_s);
+    EXPECT_FALSE(send.isEnabled());
+    QTest::keyClicks(&field(), u"What is it?"_s);
+    EXPECT_TRUE(send.isEnabled());
+    EXPECT_EQ(name(&send), u"Send"_s);
+
+    press(Qt::Key_Return);
+    EXPECT_EQ(field().text(), QString());
+    EXPECT_FALSE(field().isEnabled());
+    EXPECT_FALSE(send.isEnabled());
+    EXPECT_TRUE(texts(input()).contains(u"Preparing context…"_s));
+    ASSERT_TRUE(eventually([this] { return field().isEnabled(); }));
+
+    EXPECT_TRUE(field().hasFocus());
+    const QList<ChatBubbleView *> bubbles = list().bubbles();
+    ASSERT_EQ(bubbles.size(), 2);
+    EXPECT_EQ(bubbles[0]->accessibleName(), u"You"_s);
+    EXPECT_EQ(bubbles[0]->accessibleDescription(), u"What is it?"_s);
+    EXPECT_EQ(bubbles[1]->accessibleName(), u"Tessaline"_s);
+    EXPECT_EQ(bubbles[1]->accessibleDescription(), u"It is **one**."_s);
+    EXPECT_TRUE(texts(input()).contains(m_ai->contextStatus())) << m_ai->contextStatus().toStdString();
+}
+
+TEST_F(ChatViewsTest, AGrowingAnswerWaitsThenShowsRawTextThenACard)
+{
+    show();
+    ChatMessage answer = message(u"assistant"_s, QString());
+    setMessages({answer});
+    EXPECT_EQ(texts(list()), QStringList{u"Writing..."_s});
+    const QString whole = u"See:\n"_s + block(u"Two."_s, u"2."_s) + block(u"gone"_s, QString());
+    qsizetype withoutCards = 0;
+    for (qsizetype length = 1; length <= whole.size(); length += 3) {
+        m_ai->replaceMessageContent(answer.id, whole.left(length));
+        if (cards().isEmpty())
+            withoutCards = length;
+    }
+    m_ai->replaceMessageContent(answer.id, whole);
+    ASSERT_EQ(cards().size(), 2);
+    EXPECT_GT(withoutCards, whole.indexOf(u"======="_s));
+    EXPECT_EQ(cards()[0]->suggestion().originalText, u"Two."_s);
+    EXPECT_EQ(cards()[1]->height(), cards()[1]->heightForWidth(cards()[1]->width()));
+    EXPECT_EQ(list().bubbles()[0]->accessibleDescription(), u"See:"_s);
+    // The cards alone, one of them without any text.
+    m_ai->replaceMessageContent(answer.id, block(QString(), QString()));
+    EXPECT_EQ(list().bubbles()[0]->accessibleDescription(), QString());
+    ASSERT_EQ(cards().size(), 1);
+    EXPECT_GT(cards()[0]->height(), 40);
+    EXPECT_EQ(texts(list()), QStringList{u"Proposed Change"_s});
+    setMessages({});
+    EXPECT_TRUE(list().bubbles().isEmpty());
+}
+
+TEST_F(ChatViewsTest, OneEditIsAcceptedByClickOneRejectedByKeyAndOneThatIsNotFoundStaysPending)
+{
+    open();
+    show();
+    setMessages(
+        {message(u"assistant"_s, block(u"Two."_s, u"2."_s) + block(u"One."_s, u"1."_s) + block(u"Nowhere"_s, u"x"_s))});
+    ASSERT_EQ(cards().size(), 3);
+    click(button(*cards()[2], u"Accept"_s));
+    button(*cards()[1], u"Reject"_s)->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(texts(*cards()[1]).contains(u"✕ Rejected"_s));
+    EXPECT_FALSE(hasButton(*cards()[1], u"Accept"_s));
+    EXPECT_EQ(cards()[1]->accessibleDescription(), u"rejected"_s);
+    ASSERT_TRUE(QApplication::focusWidget()) << "the focus went with its button";
+    EXPECT_TRUE(m_column->isAncestorOf(QApplication::focusWidget()));
+
+    click(button(*cards()[0], u"Accept"_s));
+    ASSERT_TRUE(eventually([this] { return texts(*cards()[0]).contains(u"✓ Accepted"_s); }));
+    EXPECT_EQ(onDisk(), "One. 2. Three.");
+    EXPECT_EQ(cards()[0]->accessibleDescription(), u"accepted"_s);
+    EXPECT_EQ(cards()[2]->accessibleDescription(), u"pending"_s);
+    EXPECT_TRUE(hasButton(*cards()[2], u"Reject"_s));
+}
+
+TEST_F(ChatViewsTest, AUsersBlocksAreShownAsTheyAreTyped)
+{
+    show();
+    setMessages({message(u"user"_s, block(u"a"_s, u"b"_s))});
+    EXPECT_TRUE(cards().isEmpty());
+    EXPECT_EQ(list().findChild<QTextEdit *>()->toPlainText(), block(u"a"_s, u"b"_s));
+}
+
+TEST_F(ChatViewsTest, OfAThousandMessagesOnlyThoseNearTheViewportHaveAView)
+{
+    show();
+    QList<ChatMessage> messages;
+    for (int i = 0; i < 1000; ++i)
+        messages.append(message(i % 2 ? u"assistant"_s : u"user"_s, u"Line %1.\n\n"_s.arg(i).repeated(12)));
+    setMessages(messages);
+    EXPECT_TRUE(eventually([this] { return isAtEnd(); }));
+    EXPECT_EQ(list().bubbles().constLast()->message(), messages.constLast());
+    EXPECT_LT(list().bubbles().size(), 40);
+    list().verticalScrollBar()->setValue(0);
+    EXPECT_EQ(list().bubbles().constFirst()->message(), messages.constFirst());
+    EXPECT_LT(list().bubbles().size(), 80);
+    EXPECT_EQ(list().bubbles().constFirst()->y(), ChatMessagesList::kPadding);
+    EXPECT_EQ(list().bubbles()[1]->y() - list().bubbles()[0]->geometry().bottom() - 1, ChatMessagesList::kSpacing);
+
+    m_column->resize(520, 700);
+    m_ai->replaceMessageContent(messages.constLast().id, u"Grown."_s.repeated(50));
+    EXPECT_EQ(list().verticalScrollBar()->value(), 0) << "no scrolling while an answer grows";
+    messages.append(message(u"user"_s, u"More"_s));
+    setMessages(messages);
+    EXPECT_TRUE(eventually([this] { return isAtEnd(); }));
+    setMessages(messages.first(1));
+    EXPECT_EQ(list().bubbles().size(), 1);
+}
+
+TEST_F(ChatViewsTest, AWheelOverAMessageScrollsTheList)
+{
+    show();
+    QList<ChatMessage> messages;
+    for (int i = 0; i < 20; ++i)
+        messages.append(message(i % 2 ? u"assistant"_s : u"user"_s, u"Words that fill a line or two. "_s.repeated(8)));
+    setMessages(messages);
+    ASSERT_TRUE(eventually([this] { return isAtEnd(); }));
+    for (const char *kind : {"Tessaline::QuotedText", "MarkdownUI::MarkdownView"}) {
+        const int before = list().verticalScrollBar()->value();
+        QAbstractScrollArea *text = nullptr;
+        for (auto *area : visible<QAbstractScrollArea>(list()))
+            if (area->inherits(kind))
+                text = area;
+        ASSERT_TRUE(text);
+        const QPointF centre = text->viewport()->rect().center();
+        QWheelEvent event(centre, text->viewport()->mapToGlobal(centre), QPoint(), QPoint(0, 120), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(text->viewport(), &event);
+        EXPECT_FALSE(event.isAccepted()) << kind; // so that the toolkit hands a real one on
+        QApplication::sendEvent(text->parentWidget(), &event);
+        EXPECT_LT(list().verticalScrollBar()->value(), before) << kind;
+    }
+}
+
+TEST_F(ChatViewsTest, TabWalksDownTheColumnAndBringsWhatItReachesIntoView)
+{
+    serve("{}");
+    show();
+    m_ai->setSuggestedContexts({u"Faust"_s});
+    m_ai->setAttachedContexts({{u"Hamlet"_s, u"Play"_s, u"text"_s, std::nullopt}});
+    setMessages({message(u"user"_s, u"Why?\n"_s.repeated(25)), message(u"assistant"_s, block(u"Two."_s, u"2."_s))});
+    QStringList names;
+    const auto *add = button(*m_column, u"Add Session Context"_s);
+    button(*m_column, u"Add Session Context"_s)->setFocus(Qt::TabFocusReason);
+    for (int i = 0; i < 20 && (i == 0 || QApplication::focusWidget() != add); ++i) {
+        names.append(name(QApplication::focusWidget()));
+        press(Qt::Key_Tab);
+    }
+    EXPECT_EQ(names, (QStringList{u"Add Session Context"_s, u"Faust"_s, u"Hamlet"_s, u"Message"_s, u"Removed Text"_s,
+                                  u"Added Text"_s, u"Accept"_s, u"Reject"_s, u"Chat Input"_s, u"Clear Chat"_s}));
+
+    list().verticalScrollBar()->setValue(0);
+    QAbstractButton *reject = button(list(), u"Reject"_s);
+    reject->setFocus(Qt::TabFocusReason);
+    EXPECT_TRUE(list().viewport()->rect().contains(QRect(reject->mapTo(list().viewport(), QPoint()), reject->size())));
+}
+
+} // namespace Tessaline

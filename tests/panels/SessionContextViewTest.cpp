@@ -1,0 +1,252 @@
+#include "panels/SessionContextView.h"
+
+#include "panels/AddContextPopover.h"
+#include "panels/ContextCardSheet.h"
+#include "panels/ContextRow.h"
+#include "panels/Popover.h"
+#include "tests/panels/PanelsViewsFixture.h"
+
+#include <QtCore/QMimeData>
+#include <QtGui/QDropEvent>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPlainTextEdit>
+
+namespace Tessaline {
+
+namespace {
+
+using namespace Qt::StringLiterals;
+
+ContextItem item(const QString &name, const std::optional<QString> &subtitle = std::nullopt,
+                 const QString &content = u"text"_s)
+{
+    return {name, subtitle, content, std::nullopt};
+}
+
+class SessionContextViewTest : public PanelsViewsFixture
+{
+protected:
+    SessionContextView &view() const { return m_column->context(); }
+    QAbstractButton &add() const { return *button(view(), u"Add Session Context"_s); }
+    QStringList rows() const
+    {
+        QStringList names;
+        for (const ContextRow *row : visible<ContextRow>(view()))
+            names.append(row->accessibleName());
+        return names;
+    }
+    template <class Window>
+    Window *window() const
+    {
+        Window *found = nullptr;
+        for (Window *each : m_column->findChildren<Window *>())
+            if (each->isVisible())
+                found = each;
+        return found;
+    }
+    Popover *popover() const { return window<Popover>(); }
+    ContextCardSheet *sheet() const { return window<ContextCardSheet>(); }
+    QMessageBox *alert() const { return window<QMessageBox>(); }
+    bool isColumnActive() const
+    {
+        return eventually([this] { return m_column->isActiveWindow() && !QApplication::activePopupWidget(); });
+    }
+};
+
+} // namespace
+
+TEST_F(SessionContextViewTest, ItShowsAPlaceholderThenChipsAndRowsAsTheyComeAndGo)
+{
+    show();
+    EXPECT_EQ(texts(view()), (QStringList{u"Session Context"_s, u"No Session Context"_s,
+                                          u"Add reference files or custom topics to build your session context."_s}));
+    EXPECT_EQ(add().size(), QSize(24, 24));
+    EXPECT_EQ(add().toolTip(), u"Add Session Context"_s);
+    m_ai->setSuggestedContexts({u"Faust"_s, u"Hamlet"_s});
+    EXPECT_TRUE(texts(view()).contains(u"Suggestions:"_s));
+    EXPECT_EQ(visible<SuggestionChip>(view()).size(), 2);
+    m_ai->setAttachedContexts({item(u"Hamlet"_s, u"Play"_s), item(u"a\nb.md"_s)});
+    EXPECT_EQ(rows(), (QStringList{u"Hamlet"_s, u"a b.md"_s}));
+    EXPECT_EQ(visible<SuggestionChip>(view()).size(), 1);
+    EXPECT_EQ(visible<ContextRow>(view())[0]->accessibleDescription(), u"Play"_s);
+    EXPECT_FALSE(texts(view()).contains(u"No Session Context"_s));
+    m_ai->setAttachedContexts({});
+    m_ai->setSuggestedContexts({});
+    EXPECT_FALSE(texts(view()).contains(u"Suggestions:"_s));
+    EXPECT_TRUE(texts(view()).contains(u"No Session Context"_s));
+}
+
+TEST_F(SessionContextViewTest, ThePopoverOpensByKeyTakesATopicAndGivesTheFocusBack)
+{
+    show();
+    add().setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(popover());
+    EXPECT_EQ(popover()->width(), 280);
+    auto *topic = popover()->findChild<QLineEdit *>();
+    EXPECT_EQ(topic->placeholderText(), u"Enter topic or concept (e.g. Hamlet)"_s);
+    EXPECT_EQ(popover()->focusWidget(), topic);
+    for (const QString &text : {u"Add to Context"_s, u"Attach Reference File..."_s, u"Add Custom Context..."_s})
+        EXPECT_TRUE(hasButton(*popover(), text)) << text.toStdString();
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(popover());
+    ASSERT_TRUE(isColumnActive());
+    EXPECT_TRUE(add().hasFocus());
+
+    click(&add());
+    QTest::keyClicks(popover()->findChild<QLineEdit *>(), u"Faust"_s);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(texts(*popover()).contains(u"Analyzing concept..."_s));
+    EXPECT_FALSE(hasButton(*popover(), u"Add to Context"_s));
+    ASSERT_TRUE(eventually([this] { return rows() == QStringList{u"Faust"_s}; }));
+    EXPECT_FALSE(popover());
+}
+
+TEST_F(SessionContextViewTest, OfSeveralReadingsOneIsChosenInThePopover)
+{
+    serve(R"s({"replies":{"/v1/expand-concept":[{"body":"{\"status\":\"ambiguous\",\"options\":[)s"
+          R"s({\"title\":\"Mercury\",\"subtitle\":\"Planet\",\"content\":\"a\"},)s"
+          R"s({\"title\":\"Mercury & co\",\"subtitle\":\"Firm\",\"content\":\"b\"}]}"}]}})s");
+    show();
+    m_ai->setSuggestedContexts({u"Mercury"_s});
+    visible<SuggestionChip>(view())[0]->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Space);
+    ASSERT_TRUE(popover());
+    ASSERT_TRUE(eventually([this] { return hasButton(*popover(), u"Mercury & co"_s); }));
+    EXPECT_TRUE(texts(*popover()).contains(u"Multiple interpretations found. Which one did you mean?"_s));
+    click(button(*popover(), u"Mercury & co"_s));
+    EXPECT_FALSE(popover());
+    EXPECT_EQ(rows(), QStringList{u"Mercury & co"_s});
+    ASSERT_TRUE(isColumnActive());
+    EXPECT_TRUE(add().hasFocus()) << "the chip is gone";
+}
+
+TEST_F(SessionContextViewTest, ALinkOfAnAnswerOpensThePopoverAtOnce)
+{
+    show();
+    m_column->openLink(QUrl(u"tessaline://add-context?concept=Hamlet"_s));
+    ASSERT_TRUE(popover());
+    EXPECT_EQ(popover()->findChild<QLineEdit *>()->text(), u"Hamlet"_s);
+    EXPECT_TRUE(texts(*popover()).contains(u"Analyzing concept..."_s));
+    ASSERT_TRUE(eventually([this] { return !popover(); }));
+}
+
+TEST_F(SessionContextViewTest, ARowIsEditedInTheSheetByKeysAndKeepsTheFocus)
+{
+    show();
+    m_ai->setAttachedContexts({item(u"Faust"_s), item(u"Hamlet"_s, u"Play"_s, u"To be,\r\nor not"_s)});
+    visible<ContextRow>(view())[1]->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(sheet());
+    EXPECT_EQ(m_column->findChildren<ContextCardSheet *>().size(), 1);
+    EXPECT_EQ(sheet()->windowTitle(), u"Edit Session Context"_s);
+    EXPECT_TRUE(hasButton(*sheet(), u"Remove"_s));
+    const QList<QLineEdit *> fields = sheet()->findChildren<QLineEdit *>();
+    ASSERT_EQ(fields.size(), 2);
+    EXPECT_EQ(fields[0]->text(), u"Hamlet"_s);
+    EXPECT_EQ(fields[1]->text(), u"Play"_s);
+    EXPECT_EQ(sheet()->findChild<QPlainTextEdit *>()->toPlainText(), u"To be,\nor not"_s);
+    fields[0]->clear();
+    EXPECT_FALSE(button(*sheet(), u"Save"_s)->isEnabled());
+    QTest::keyClicks(fields[0], u"Macbeth"_s);
+    QTest::keyClick(fields[0], Qt::Key_Return);
+    EXPECT_FALSE(sheet());
+    EXPECT_EQ(rows(), (QStringList{u"Faust"_s, u"Macbeth"_s}));
+    ASSERT_TRUE(isColumnActive());
+    EXPECT_TRUE(visible<ContextRow>(view())[1]->hasFocus());
+
+    press(Qt::Key_Return);
+    click(button(*sheet(), u"Remove"_s));
+    EXPECT_FALSE(sheet());
+    EXPECT_EQ(rows(), QStringList{u"Faust"_s});
+    ASSERT_TRUE(isColumnActive());
+    EXPECT_TRUE(visible<ContextRow>(view())[0]->hasFocus());
+}
+
+TEST_F(SessionContextViewTest, ANewCardIsWrittenOrGivenUp)
+{
+    show();
+    for (const bool isSaved : {false, true}) {
+        click(&add());
+        click(button(*popover(), u"Add Custom Context..."_s));
+        EXPECT_FALSE(popover());
+        ASSERT_TRUE(sheet());
+        EXPECT_EQ(sheet()->windowTitle(), u"Add Custom Session Context"_s);
+        EXPECT_FALSE(hasButton(*sheet(), u"Remove"_s));
+        const QList<QLineEdit *> fields = sheet()->findChildren<QLineEdit *>();
+        EXPECT_EQ(fields[0]->placeholderText(), u"e.g. Hamlet"_s);
+        EXPECT_EQ(fields[1]->placeholderText(), u"e.g. Play by Corin Halvard"_s);
+        EXPECT_FALSE(button(*sheet(), u"Save"_s)->isEnabled());
+        QTest::keyClicks(fields[0], u"Faust"_s);
+        if (isSaved)
+            click(button(*sheet(), u"Save"_s));
+        else
+            QTest::keyClick(sheet(), Qt::Key_Escape);
+        EXPECT_FALSE(sheet());
+        EXPECT_FALSE(m_panels->context.editingItem());
+        ASSERT_TRUE(isColumnActive());
+    }
+    EXPECT_EQ(rows(), QStringList{u"Faust"_s});
+}
+
+TEST_F(SessionContextViewTest, ALikelyDuplicateIsAddedOnlyByItsButton)
+{
+    show();
+    m_ai->setAttachedContexts({item(u"<b>Hamlet</b>"_s)});
+    const auto attachAgain = [this] {
+        m_panels->context.attachContextItem(item(u"<b>hamlet</b>"_s));
+        ASSERT_TRUE(alert());
+        EXPECT_EQ(alert()->text(), u"Likely Duplicate Detected"_s);
+        EXPECT_EQ(alert()->informativeText(), u"A similar item '<b>Hamlet</b>' (Local File) is already attached. Do "
+                                              "you still want to add '<b>hamlet</b>'?"_s);
+    };
+    attachAgain();
+    QTest::keyClick(alert(), Qt::Key_Escape);
+    EXPECT_FALSE(alert());
+    EXPECT_FALSE(m_panels->context.isShowingDuplicateAlert());
+    attachAgain();
+    alert()->close();
+    EXPECT_FALSE(m_panels->context.isShowingDuplicateAlert());
+    attachAgain();
+    click(button(*alert(), u"Cancel"_s));
+    EXPECT_EQ(rows().size(), 1);
+    attachAgain();
+    click(button(*alert(), u"Add Anyway"_s));
+    EXPECT_FALSE(alert());
+    EXPECT_EQ(rows().size(), 2);
+}
+
+TEST_F(SessionContextViewTest, FilesAreAttachedByThePanelAndByADrop)
+{
+    m_files.write(u"b.txt"_s, "bbb");
+    show();
+    m_chosenFiles = {m_document};
+    click(&add());
+    click(button(*popover(), u"Attach Reference File..."_s));
+    EXPECT_FALSE(popover());
+    ASSERT_TRUE(eventually([this] { return rows() == QStringList{u"a.md"_s}; }));
+
+    QMimeData dragged;
+    dragged.setUrls({QUrl::fromLocalFile(m_files.url(u"b.txt"_s).path()), QUrl(u"https://example.org/x"_s)});
+    QDragEnterEvent enter(QPoint(20, 150), Qt::CopyAction | Qt::MoveAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&view(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(20, 150), Qt::CopyAction | Qt::MoveAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&view(), &drop);
+    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+    ASSERT_TRUE(eventually([this] { return rows() == QStringList({u"a.md"_s, u"b.txt"_s}); }));
+}
+
+TEST_F(SessionContextViewTest, TheColumnGoesWithEverythingOpen)
+{
+    show();
+    m_ai->setAttachedContexts({item(u"Hamlet"_s)});
+    m_panels->context.attachContextItem(item(u"Hamlet"_s));
+    m_panels->context.editItem(item(u"Hamlet"_s));
+    m_panels->context.setShowingAddContextPopover(true);
+    ASSERT_TRUE(alert() && sheet() && popover());
+    m_column.reset();
+    m_ai->setAttachedContexts({}); // reaches nobody
+}
+
+} // namespace Tessaline
