@@ -1,5 +1,7 @@
 #include "Services/HttpReplyParser.h"
 
+#include <QList>
+
 #include <gtest/gtest.h>
 
 #include <random>
