@@ -109,9 +109,12 @@ struct Shape {
 };
 
 const Shape kShapes[] = {
-    {"quotes", u">"_s},       {"lists", u"- "_s},         {"asterisks", u"*"_s},
-    {"one_line", u"word "_s}, {"emphasis", u"*a **b "_s}, {"brackets", u"["_s},
-    {"pipes", u"|a|\n"_s},    {"tasks", u"- [ ] a\n"_s},  {"table_cells", u"|x"_s},
+    {"quotes", u">"_s},         {"lists", u"- "_s},
+    {"asterisks", u"*"_s},      {"one_line", u"word "_s},
+    {"emphasis", u"*a **b "_s}, {"brackets", u"["_s},
+    {"pipes", u"|a|\n"_s},      {"tasks", u"- [ ] a\n"_s},
+    {"table_cells", u"|x"_s},   {"headers", u"|a|b|\n|-|\n"_s},
+    {"addresses", u"www.a_"_s}, {"instructions", u"a <?"_s},
 };
 
 void parseShape(benchmark::State &state, const Shape &shape)

@@ -1,5 +1,6 @@
 #include "MarkdownUI/MarkdownParser.h"
 
+#include "MarkdownUI/CostlyText.h"
 #include "MarkdownUI/NodeConversion.h"
 #include "MarkdownUI/ParserMemory.h"
 
@@ -86,6 +87,8 @@ int firstLineOf(cmark_node *node)
 
 QList<PlacedBlock> parsePlacedBlocks(QStringView markdown)
 {
+    if (isCostlyToParse(markdown))
+        return plainParagraphs(markdown);
     const Document document(markdown);
     LineStarts lines(markdown);
     QList<PlacedBlock> blocks;
@@ -98,8 +101,13 @@ QList<PlacedBlock> parsePlacedBlocks(QStringView markdown)
 
 QList<BlockNode> parseBlocks(QStringView markdown)
 {
-    const Document document(markdown);
     QList<BlockNode> blocks;
+    if (isCostlyToParse(markdown)) {
+        for (PlacedBlock &placed : plainParagraphs(markdown))
+            blocks.append(std::move(placed.block));
+        return blocks;
+    }
+    const Document document(markdown);
     for (cmark_node *node = document.firstBlock(); node; node = cmark_node_next(node)) {
         if (std::optional<BlockNode> block = blockOf(node))
             blocks.append(*std::move(block));
