@@ -155,6 +155,12 @@ void EditorArea::setText(const FileURL &url, const ChunkedText &text, const Text
     Q_EMIT textEdited(url, change, origin);
 }
 
+void EditorArea::takeWrittenText(const FileURL &url, const ChunkedText &text)
+{
+    if (hasText(url) && !m_services.store.hasUnsavedText(url))
+        replaceText(url, text);
+}
+
 void EditorArea::replaceText(const FileURL &url, const ChunkedText &text)
 {
     if (m_fileContents.contains(url) && m_fileContents.value(url).text == text)

@@ -66,6 +66,10 @@ public:
     /// at once and scheduled to be saved. There is no comparison, so an editor writes only what the user changed.
     void setText(const FileURL &url, const ChunkedText &text, const TextChange &change, const QObject *origin);
 
+    /// `text` was just written to the file from outside of the editors, and takes the place of what they show at once:
+    /// what is typed next is typed into it. A file without a text here is left alone, as is one with unsaved text.
+    void takeWrittenText(const FileURL &url, const ChunkedText &text);
+
     // Operations
     /// Called at the first appearance of the column, after which changes of the active file are followed.
     void appear();

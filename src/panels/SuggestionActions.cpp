@@ -1,6 +1,7 @@
 #include "panels/SuggestionActions.h"
 
 #include "documents/DocumentStore.h"
+#include "documents/EditorArea.h"
 #include "foundation/AppEvents.h"
 #include "foundation/ConsoleLine.h"
 #include "foundation/EventCenter.h"
@@ -9,6 +10,9 @@
 
 #include <QCoro/QCoroFuture>
 #include <QtConcurrent/QtConcurrentRun>
+#include <QtCore/QPromise>
+
+#include <utility>
 
 namespace Tessaline {
 
@@ -19,8 +23,8 @@ using namespace Qt::StringLiterals;
 const QString kAccepted = u"accepted"_s;
 const QString kRejected = u"rejected"_s;
 
-// After so many rounds somebody types faster than the document can be searched; what is typed then is pending in the
-// store and written after the edit.
+// After so many rounds somebody types faster than the document can be searched; what is typed then is saved after the
+// edit, and over it.
 constexpr int kMostRounds = 20;
 
 /// The document with the edit made in it; absent if its text was not found.
@@ -33,7 +37,7 @@ std::optional<ChunkedText> edited(const EditSuggestion &suggestion, ChunkedText 
     return document;
 }
 
-Result<void> write(FileAccess *disk, const FileURL &url, const ChunkedText &text)
+Result<void> writeTo(FileAccess *disk, const FileURL &url, const ChunkedText &text)
 {
     return disk->writeText(url, text);
 }
@@ -69,39 +73,62 @@ QCoro::Task<> SuggestionActions::applySuggestion(EditSuggestion suggestion, std:
         co_return;
     const std::stop_token stop = m_life.get_token();
     const FileURL url = *fileURL;
-
-    std::optional<ChunkedText> document;
-    quint64 changeCount = 0;
-    for (int round = 0; round < kMostRounds && (!document || changeCount != m_parts.documents.changeCount()); ++round) {
-        changeCount = m_parts.documents.changeCount();
-        co_await m_parts.documents.saveNow(url);
-        if (stop.stop_requested())
-            co_return;
-        const Result<ChunkedText> text = co_await m_parts.documents.readDocument(url);
-        if (stop.stop_requested())
-            co_return;
-        if (!text) {
-            printFileFailure(text.failure());
-            co_return;
-        }
-        document = co_await QtConcurrent::run(edited, suggestion, text.value());
-        if (stop.stop_requested())
-            co_return;
-        if (!document) {
-            printConsoleLine(u"Could not find robust match for original text block in document."_s);
-            co_return;
-        }
-    }
-
-    const Result<void> written = co_await QtConcurrent::run(write, &m_parts.disk, url, *document);
+    const QFuture<void> before = std::exchange(m_last, {});
+    QPromise<void> end; // comes with the end of this, whichever way
+    end.start();
+    m_last = end.future();
+    co_await before;
     if (stop.stop_requested())
         co_return;
-    if (!written) {
-        printFileFailure(written.failure());
+
+    const bool isWritten = co_await write(suggestion, url);
+    if (stop.stop_requested() || !isWritten)
         co_return;
-    }
     m_parts.ai.setSuggestionState(suggestion.id, kAccepted);
     m_parts.events.post(AppEvents::kFileDidUpdateExternally, {{AppEvents::kUrl, QVariant::fromValue(url)}});
+}
+
+/// Whether the edit is in the file, and in the text of the editors if it is open.
+QCoro::Task<bool> SuggestionActions::write(EditSuggestion suggestion, FileURL url)
+{
+    const std::stop_token stop = m_life.get_token();
+    ChunkedText shown; // by the editors, when the round began
+    for (int round = 1; round <= kMostRounds; ++round) {
+        shown = m_parts.area.text(url);
+        co_await m_parts.documents.saveNow(url);
+        if (stop.stop_requested())
+            co_return false;
+        const Result<ChunkedText> text = co_await m_parts.documents.readDocument(url);
+        if (stop.stop_requested())
+            co_return false;
+        if (!text) {
+            printFileFailure(text.failure());
+            co_return false;
+        }
+        const std::optional<ChunkedText> document = co_await QtConcurrent::run(edited, suggestion, text.value());
+        if (stop.stop_requested())
+            co_return false;
+        if (!document) {
+            printConsoleLine(u"Could not find robust match for original text block in document."_s);
+            co_return false;
+        }
+        if (m_parts.area.text(url) != shown && round < kMostRounds)
+            continue; // somebody typed: that goes into the file first
+
+        const Result<void> written = co_await QtConcurrent::run(writeTo, &m_parts.disk, url, *document);
+        if (stop.stop_requested())
+            co_return false;
+        if (!written) {
+            printFileFailure(written.failure());
+            co_return false;
+        }
+        if (m_parts.area.text(url) == shown) {
+            m_parts.area.takeWrittenText(url, *document);
+            break;
+        }
+        // What was typed during the write is about to be saved over the edit, so both are put together.
+    }
+    co_return true;
 }
 
 void SuggestionActions::rejectSuggestion(const EditSuggestion &suggestion)

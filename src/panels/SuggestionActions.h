@@ -4,6 +4,7 @@
 #include "Services/EditSuggestion.h"
 
 #include <QCoro/QCoroTask>
+#include <QtCore/QFuture>
 #include <QtCore/QObject>
 
 #include <optional>
@@ -12,6 +13,7 @@
 namespace Tessaline {
 
 class DocumentStore;
+class EditorArea;
 class EventCenter;
 class FileAccess;
 class LocalAIService;
@@ -22,6 +24,7 @@ enum class SuggestionState { Pending, Accepted, Rejected };
 struct SuggestionActionsParts {
     LocalAIService &ai; // keeps the decisions
     DocumentStore &documents;
+    EditorArea &area;
     EventCenter &events;
     FileAccess &disk;
 };
@@ -40,7 +43,8 @@ public:
     /// Saves what is pending of the file, reads it, finds the text by `robustMatchRange` and writes the file anew, then
     /// posts FileDidUpdateExternally. Without a file nothing happens; where the text is not found, or the file cannot
     /// be read or written, a line on the console says so and the file stays as it is. What is typed while this runs is
-    /// saved first, and the text looked for again.
+    /// saved first, and the text looked for again. Each press waits for the ones before it, so that no edit is made in
+    /// a file that lacks another.
     QCoro::Task<> applySuggestion(EditSuggestion suggestion, std::optional<FileURL> fileURL);
 
     void rejectSuggestion(const EditSuggestion &suggestion);
@@ -49,7 +53,10 @@ Q_SIGNALS:
     void statesChanged();
 
 private:
+    QCoro::Task<bool> write(EditSuggestion suggestion, FileURL url);
+
     SuggestionActionsParts m_parts;
+    QFuture<void> m_last; // finishes with the press that came last
     std::stop_source m_life;
 };
 

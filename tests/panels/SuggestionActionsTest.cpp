@@ -2,6 +2,11 @@
 
 #include "tests/panels/PanelsFixture.h"
 
+#include <QtCore/QCoreApplication>
+
+#include <functional>
+#include <utility>
+
 namespace Tessaline {
 
 namespace {
@@ -32,8 +37,8 @@ protected:
     SuggestionActions &actions()
     {
         if (!m_actions)
-            m_actions =
-                std::make_unique<SuggestionActions>(SuggestionActionsParts{*m_ai, m_documents, m_events, m_disk});
+            m_actions = std::make_unique<SuggestionActions>(
+                SuggestionActionsParts{*m_ai, m_documents, m_area, m_events, m_disk});
         return *m_actions;
     }
 
@@ -72,6 +77,52 @@ TEST_F(SuggestionActionsTest, WhatIsTypedWhileTheDocumentIsSearchedIsNotLost)
     type(u" Four."_s);
     ASSERT_TRUE(eventually([&] { return task.isReady(); }));
     EXPECT_EQ(onDisk(), "One. 2. Three. Four.");
+}
+
+TEST_F(SuggestionActionsTest, WhatIsTypedDuringTheWriteStandsBesideTheEdit)
+{
+    class TypingDisk final : public FileAccess
+    {
+    public:
+        Result<ChunkedText> readText(const FileURL &url) override { return Tessaline::readText(url); }
+        Result<void> writeText(const FileURL &url, const ChunkedText &text) override
+        {
+            if (const auto typeNow = std::exchange(type, {}))
+                QMetaObject::invokeMethod(qApp, typeNow, Qt::BlockingQueuedConnection);
+            return writeTextAtomically(url, text);
+        }
+        bool isSameFile(const FileURL &left, const FileURL &right) override { return left == right; }
+        std::function<void()> type;
+    } disk;
+    open();
+    disk.type = [this] { type(u" Four."_s); };
+    SuggestionActions actions({*m_ai, m_documents, m_area, m_events, disk});
+    const QCoro::Task<> task = actions.applySuggestion(suggestion(u"Two."_s, u"2."_s), m_document);
+    ASSERT_TRUE(eventually([&] { return task.isReady(); }));
+    EXPECT_EQ(m_area.text(m_document).toString(), u"One. 2. Three. Four."_s);
+    EXPECT_EQ(onDisk(), "One. 2. Three. Four.");
+}
+
+TEST_F(SuggestionActionsTest, WhatIsTypedBeforeTheReloadStandsBesideTheEdit)
+{
+    open();
+    m_events.observe(AppEvents::kFileDidUpdateExternally, &m_observer, [this](const QVariantMap &) {
+        if (m_updated.size() == 1)
+            type(u" Four."_s);
+    });
+    apply(suggestion(u"Two."_s, u"2."_s));
+    EXPECT_EQ(m_area.text(m_document).toString(), u"One. 2. Three. Four."_s);
+    ASSERT_TRUE(finishes(m_documents.saveNow(m_document)));
+    EXPECT_EQ(onDisk(), "One. 2. Three. Four.");
+}
+
+TEST_F(SuggestionActionsTest, AFileThatAnotherProgramChangedIsEditedAsItIsOnTheDisk)
+{
+    open();
+    m_files.write(u"a.md"_s, "Elsewhere. Two.");
+    apply(suggestion(u"Two."_s, u"2."_s));
+    EXPECT_EQ(onDisk(), "Elsewhere. 2.");
+    ASSERT_TRUE(eventually([this] { return m_area.text(m_document).toString() == u"Elsewhere. 2."; }));
 }
 
 TEST_F(SuggestionActionsTest, AnAmbiguousTextIsLeftAloneAndStaysPending)
@@ -113,7 +164,7 @@ TEST_F(SuggestionActionsTest, AFileThatCannotBeWrittenStaysAsItWas)
         }
         bool isSameFile(const FileURL &left, const FileURL &right) override { return left == right; }
     } disk;
-    SuggestionActions actions({*m_ai, m_documents, m_events, disk});
+    SuggestionActions actions({*m_ai, m_documents, m_area, m_events, disk});
     const EditSuggestion edit = suggestion(u"Two."_s, u"2."_s);
     const QCoro::Task<> task = actions.applySuggestion(edit, m_document);
     ASSERT_TRUE(eventually([&] { return task.isReady(); }));
@@ -135,6 +186,33 @@ TEST_F(SuggestionActionsTest, TwoEditsOneAfterTheOtherAreBothMade)
     apply(suggestion(u"One."_s, u"1."_s, 0));
     apply(suggestion(u"Three."_s, u""_s, 1));
     EXPECT_EQ(onDisk(), "1. Two. ");
+}
+
+TEST_F(SuggestionActionsTest, TwoCardsPressedInQuickSuccessionAreBothApplied)
+{
+    open();
+    const QCoro::Task<> first = actions().applySuggestion(suggestion(u"One."_s, u"1."_s, 0), m_document);
+    const QCoro::Task<> second = actions().applySuggestion(suggestion(u"Three."_s, u"3."_s, 1), m_document);
+    const QCoro::Task<> again = actions().applySuggestion(suggestion(u"One."_s, u"1."_s, 0), m_document);
+    ASSERT_TRUE(eventually([&] { return first.isReady() && second.isReady() && again.isReady(); }));
+    EXPECT_EQ(onDisk(), "1. Two. 3.");
+    EXPECT_EQ(m_area.text(m_document).toString(), u"1. Two. 3."_s);
+    EXPECT_EQ(m_updated.size(), 2);
+    EXPECT_EQ(console(), u"Could not find robust match for original text block in document.\n"_s);
+}
+
+TEST_F(SuggestionActionsTest, ATextThatDiffersOnlyInCaseIsReplacedInTheCaseOfTheReplacement)
+{
+    m_files.write(u"a.md"_s, "See THE TABLE below.");
+    apply(suggestion(u"the table"_s, u"the Chart"_s));
+    EXPECT_EQ(onDisk(), "See the Chart below.");
+}
+
+TEST_F(SuggestionActionsTest, ADecomposedDocumentTakesAnEditThatIsComposed)
+{
+    m_files.write(u"a.md"_s, "Cafe\xCC\x81 au lait.");
+    apply(suggestion(u"Caf\u00E9"_s, u"Tea"_s));
+    EXPECT_EQ(onDisk(), "Tea au lait.");
 }
 
 TEST_F(SuggestionActionsTest, ASecondPressOfOneCardFindsNothingMore)
