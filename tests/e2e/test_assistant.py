@@ -1,87 +1,14 @@
 #!/usr/bin/python3
 """The program with a server for its assistant: the scripted one, which stands beside the program under its real name."""
 
-import json
-import os
 import signal
-import socket
-import subprocess
-from pathlib import Path
 
-from e2e import EXECUTABLE, NO_UPDATER, EndToEndTest, main  # first: it finds the package of the next line
-from desktop import Application, wait_until
-
-SCRIPTED_SERVER = Path(os.environ.get(
-    "TESSALINE_SCRIPTED_SERVER", EXECUTABLE.parents[2] / "tests/support/scripted-server/scripted_server")).resolve()
-PORT = 23949
-
-STARTED = "Started tessaline-server process. Polling health check...\n"
-READY = "Local AI Server is fully ready. Fetching initial document suggestions...\n"
-STOPPED = "Stopping Local AI Server subprocess...\nLocal AI Server stopped.\n"
+from assistant import READY, STARTED, STOPPED, AssistantTest, is_alive, is_port_free  # first: it finds the package below
+from e2e import NO_UPDATER, main
+from desktop import wait_until
 
 
-def is_alive(process):
-    """Whether there is a process of this number that has not ended."""
-    try:
-        return "\nState:\tZ" not in Path(f"/proc/{process}/status").read_text()
-    except (FileNotFoundError, ProcessLookupError):
-        return False
-
-
-def is_port_free():
-    with socket.socket() as listener:
-        listener.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-        try:
-            listener.bind(("127.0.0.1", PORT))
-        except OSError:
-            return False
-        return True
-
-
-class Assistant(EndToEndTest):
-    def setUp(self):
-        super().setUp()
-        folder = self.profile.folder("installed")
-        self.place(EXECUTABLE, folder / "tessaline")
-        (folder / "tessaline-server").symlink_to(SCRIPTED_SERVER)
-        self.application = Application(self.screen, self.profile, folder / "tessaline")
-        self.addCleanup(self.application.kill)
-        self.record = self.profile.folder("record")
-        environment = self.application.environment
-        self.application.environment = lambda: {
-            **environment(), "SCRIPTED_SERVER_SCRIPT": str(self.profile.home / "script.json")}
-        self.script()
-        self.assertTrue(is_port_free(), "the fixed port is free")
-
-    @staticmethod
-    def place(program, path):
-        """The same program under another name, without a copy where that can be helped."""
-        try:
-            os.link(program, path)
-        except OSError:
-            subprocess.run(["cp", "--reflink=auto", str(program), str(path)], check=True)
-
-    def script(self, **script):
-        path = self.profile.home / "script.json"
-        path.write_text(json.dumps({"record": str(self.record), **script}))
-
-    def server(self):
-        """How the server was started; waited for."""
-        path = self.record / "process.json"
-        wait_until(path.exists, "the server has been started", 20)
-        return json.loads(path.read_text())
-
-    def wait_for_output(self, text, seconds=20):
-        try:
-            wait_until(lambda: text in self.application.output(), f"the console says “{text}”", seconds)
-        except AssertionError:
-            self.assertIn(text, self.application.output())
-
-    def expect_nothing_left(self, process):
-        """No child, and the port free, within two seconds."""
-        wait_until(lambda: not is_alive(process), "the server has gone", 2)
-        wait_until(is_port_free, "the port is free", 2)
-
+class Assistant(AssistantTest):
     def test_it_starts_the_server_and_ends_it_when_it_quits(self):
         self.script(output=[{"text": "loading\n"}], replies={"/health": [{"status": 503}, {"status": 200}]})
         self.start()

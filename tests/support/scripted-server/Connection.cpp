@@ -100,6 +100,16 @@ private:
         return poll(&descriptor, 1, static_cast<int>(duration.count())) == 0;
     }
 
+    /// Waits for a file; false as soon as the client has closed the connection.
+    bool waitFor(const std::string &path)
+    {
+        constexpr Milliseconds kInterval{10};
+        while (access(path.c_str(), F_OK) != 0)
+            if (!wait(kInterval))
+                return false;
+        return true;
+    }
+
     bool write(const std::string &bytes)
     {
         const std::size_t piece = m_reply->cutEvery == 0 ? std::max<std::size_t>(bytes.size(), 1) : m_reply->cutEvery;
@@ -161,6 +171,9 @@ private:
         } else if (const Wait *pause = std::get_if<Wait>(&step)) {
             if (!wait(pause->duration))
                 return Outcome::ClosedByClient;
+        } else if (const Until *gate = std::get_if<Until>(&step)) {
+            if (!waitFor(gate->path))
+                return Outcome::ClosedByClient;
         } else if (std::holds_alternative<Hang>(step)) {
             wait(Milliseconds(-1));
             return Outcome::ClosedByClient;
@@ -179,7 +192,7 @@ private:
     Outcome send(const Reply &reply)
     {
         m_reply = &reply;
-        if (!wait(reply.after) || !writeHead())
+        if (!wait(reply.after) || (!reply.until.empty() && !waitFor(reply.until)) || !writeHead())
             return Outcome::ClosedByClient;
         for (const Step &step : reply.steps) {
             const Outcome outcome = perform(step);
@@ -202,7 +215,7 @@ private:
 
 const Reply &Replies::next(const std::string &path)
 {
-    static const Reply kNotFound{404, "Not Found", {}, Milliseconds(0), {}, Transfer::Length, 0, Milliseconds(0)};
+    static const Reply kNotFound{404, "Not Found", {}, Milliseconds(0), {}, {}, Transfer::Length, 0, Milliseconds(0)};
     static const Reply kWell;
 
     auto list = m_script.replies.find(path);

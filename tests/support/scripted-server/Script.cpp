@@ -57,8 +57,8 @@ Output parseOutput(const Json &object)
 
 Step parseStep(const Json &object)
 {
-    expectKeys(object, {"token", "event", "done", "text", "hex", "fill", "count", "every", "wait", "hang", "close",
-                        "reset", "exit", "kill"});
+    expectKeys(object, {"token", "event", "done", "text", "hex", "fill", "count", "every", "wait", "until", "hang",
+                        "close", "reset", "exit", "kill"});
     const auto send = [&object](std::string bytes) {
         return Send{std::move(bytes), object.value("count", std::int64_t{1}), milliseconds(object, "every")};
     };
@@ -81,6 +81,8 @@ Step parseStep(const Json &object)
     }
     if (object.contains("wait"))
         return Wait{milliseconds(object, "wait")};
+    if (object.contains("until"))
+        return Until{object["until"].get<std::string>()};
     if (object.contains("hang"))
         return Hang{};
     if (object.contains("close") || object.contains("reset"))
@@ -105,7 +107,8 @@ Transfer parseTransfer(const std::string &name)
 
 Reply parseReply(const Json &object)
 {
-    expectKeys(object, {"status", "reason", "headers", "after", "body", "steps", "transfer", "cutEvery", "pause"});
+    expectKeys(object,
+               {"status", "reason", "headers", "after", "until", "body", "steps", "transfer", "cutEvery", "pause"});
     Reply reply;
     reply.status = object.value("status", reply.status);
     reply.reason = object.value("reason", reply.reason);
@@ -113,6 +116,7 @@ Reply parseReply(const Json &object)
         for (const auto &[name, value] : object["headers"].items())
             reply.headers.emplace_back(name, value.get<std::string>());
     reply.after = milliseconds(object, "after");
+    reply.until = object.value("until", reply.until);
     if (object.contains("body"))
         reply.steps.push_back(Send{object["body"].get<std::string>()});
     if (object.contains("steps")) {

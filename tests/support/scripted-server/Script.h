@@ -36,6 +36,7 @@
 /// | `reason`   | "Status" unless given                                                                             |
 /// | `headers`  | object, added to the reply's own                                                                  |
 /// | `after`    | how long it waits before the first byte                                                           |
+/// | `until`    | a path: before the first byte it also waits until there is a file                                 |
 /// | `body`     | text; or                                                                                          |
 /// | `steps`    | list of steps, see below                                                                          |
 /// | `transfer` | how the client learns where the body ends: "length" (default of `body`; the connection stays),    |
@@ -54,6 +55,7 @@
 /// | `hex`   | the bytes                                                                                            |
 /// | `fill`  | a text, `count` times over: a huge line                                                              |
 /// | `wait`  | nothing for so long                                                                                  |
+/// | `until` | nothing until there is a file at this path: the test says when it goes on                            |
 /// | `hang`  | nothing until the client closes the connection                                                       |
 /// | `close` | closes the connection here, whatever the headers promised                                            |
 /// | `reset` | the same, and the client gets an error instead of an end                                             |
@@ -92,11 +94,14 @@ struct Send {
 struct Wait {
     Milliseconds duration{0};
 };
+struct Until {
+    std::string path;
+};
 struct Hang {};
 struct Close {
     bool isReset = false;
 };
-using Step = std::variant<Send, Wait, Hang, Close, Exit>;
+using Step = std::variant<Send, Wait, Until, Hang, Close, Exit>;
 
 enum class Transfer { Length, Close, Chunked };
 
@@ -105,6 +110,7 @@ struct Reply {
     std::string reason = "Status";
     std::vector<std::pair<std::string, std::string>> headers;
     Milliseconds after{0};
+    std::string until;
     std::vector<Step> steps;
     Transfer transfer = Transfer::Length;
     std::size_t cutEvery = 0;
