@@ -21,9 +21,9 @@ struct AssistantPanelsParts {
 struct AssistantPanels {
     explicit AssistantPanels(AssistantPanelsParts parts)
         : ai(parts.ai), composer(parts.ai, parts.documents),
-          suggestions({parts.ai, parts.documents, parts.area, parts.events, parts.disk}), context(parts.ai, parts.events),
-          tools(
-              {parts.workspace, parts.area, parts.documents, parts.ai, parts.events, std::move(parts.copyToClipboard)})
+          suggestions({parts.ai, parts.documents, parts.area, parts.events, parts.disk}),
+          context(parts.ai, parts.events), tools({parts.workspace, parts.area, parts.documents, parts.ai, parts.events,
+                                                  std::move(parts.copyToClipboard)})
     {}
 
     LocalAIService &ai;

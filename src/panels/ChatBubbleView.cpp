@@ -10,6 +10,7 @@
 #include "panels/QuotedText.h"
 #include "panels/SuggestionCard.h"
 
+#include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 #include <QtWidgets/QHBoxLayout>
 
@@ -18,6 +19,8 @@ namespace Tessaline {
 namespace {
 
 using namespace Qt::StringLiterals;
+
+const QString kWriting = u"Writing..."_s;
 
 constexpr int kSpacing = 6;
 constexpr int kCardsTop = 4; // more, above the first card
@@ -46,9 +49,10 @@ MarkdownUI::DynamicColor dynamicColor(ColorRole role)
 }
 
 /// The display's own theme, but for the text, which takes its face, size and colour from the bubble.
-MarkdownUI::DisplayEnvironment answerEnvironment()
+MarkdownUI::DisplayEnvironment answerEnvironment(NetworkImage::NetworkImageLoader *imageLoader)
 {
     MarkdownUI::DisplayEnvironment environment;
+    environment.imageLoader = imageLoader;
     environment.theme.text = MarkdownUI::TextStyle{MarkdownUI::BackgroundColor{std::nullopt}};
     MarkdownUI::FontProperties font;
     font.family = MarkdownUI::FontProperties::Design::Serif;
@@ -56,6 +60,14 @@ MarkdownUI::DisplayEnvironment answerEnvironment()
     environment.attributes.fontProperties = font;
     environment.attributes.foregroundColor = dynamicColor(ColorRole::Text);
     return environment;
+}
+
+/// What assistive technology says of a message beside who said it.
+QString spoken(const ChatMessage &message)
+{
+    if (message.isFromUser())
+        return message.content;
+    return message.content.isEmpty() ? kWriting : displayText(message);
 }
 
 } // namespace
@@ -87,7 +99,8 @@ void ChatBubbleView::setMessage(const ChatMessage &message)
     updateBody();
     updateCards();
     updateColors();
-    setAccessibleDescription(message.isFromUser() ? message.content : displayText(message));
+    place();
+    setAccessibleDescription(spoken(message));
     Q_EMIT heightChanged();
 }
 
@@ -98,8 +111,9 @@ void ChatBubbleView::updateBody()
             m_question = new QuotedText(m_parts.theme, ColorRole::Text, QuotedText::Tint::None, u"Message"_s,
                                         m_message.content, this);
             m_question->setTextFont(Fonts::body(kTextSize));
-            m_question->setPadding(0);
+            m_question->setPadding(0, 0);
             m_question->setHeight(QuotedText::Height::OfText);
+            m_question->installEventFilter(this);
             m_question->show();
         } else if (m_question->toPlainText() != m_message.content) {
             m_question->setQuotedText(m_message.content);
@@ -132,7 +146,7 @@ QWidget *ChatBubbleView::makeWaitingRow()
     layout->addWidget(progress);
     QFont font = Fonts::interface(12);
     font.setItalic(true);
-    layout->addWidget(new Label(m_parts.theme, ColorRole::SecondaryText, font, u"Writing..."_s));
+    layout->addWidget(new Label(m_parts.theme, ColorRole::SecondaryText, font, kWriting));
     row->show();
     return row;
 }
@@ -143,8 +157,9 @@ MarkdownUI::MarkdownView *ChatBubbleView::makeAnswer()
     answer->setAccessibleName(u"Answer"_s);
     answer->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // it is as high as its text
     answer->setInset(0);
-    answer->setEnvironment(answerEnvironment());
+    answer->setEnvironment(answerEnvironment(m_parts.imageLoader));
     answer->setOpenURL(m_parts.openURL);
+    answer->installEventFilter(this);
     connect(&answer->display(), &MarkdownUI::MarkdownDisplay::changed, this, &ChatBubbleView::heightChanged);
     answer->show();
     return answer;
@@ -187,6 +202,7 @@ void ChatBubbleView::updateStates()
 {
     for (SuggestionCard *card : std::as_const(m_cards))
         card->setState(m_parts.actions.state(card->suggestion()));
+    place();
     Q_EMIT heightChanged();
 }
 
@@ -238,6 +254,12 @@ int ChatBubbleView::heightForWidth(int width) const
 
 void ChatBubbleView::resizeEvent(QResizeEvent *)
 {
+    place();
+}
+
+/// Brings the parts to their places. Other parts may take as much room as those before.
+void ChatBubbleView::place()
+{
     const Geometry geometry = geometryFor(width());
     m_pill->move(0, 0);
     for (QWidget *body : {static_cast<QWidget *>(m_question), m_waiting, static_cast<QWidget *>(m_answer)})
@@ -245,6 +267,21 @@ void ChatBubbleView::resizeEvent(QResizeEvent *)
             body->setGeometry(geometry.body);
     for (qsizetype i = 0; i < m_cards.size(); ++i)
         m_cards[i]->setGeometry(geometry.cards[i]);
+}
+
+bool ChatBubbleView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QWidget::eventFilter(watched, event);
+    const auto *key = static_cast<const QKeyEvent *>(event);
+    bool scrolls = key->key() == Qt::Key_PageUp || key->key() == Qt::Key_PageDown;
+    if (watched == m_answer) // in a question they move the caret
+        scrolls = scrolls || key->key() == Qt::Key_Up || key->key() == Qt::Key_Down || key->key() == Qt::Key_Home ||
+                  key->key() == Qt::Key_End;
+    if (!scrolls || (key->modifiers() & ~Qt::KeypadModifier))
+        return QWidget::eventFilter(watched, event);
+    event->ignore(); // so that it goes on to the list
+    return true;
 }
 
 void ChatBubbleView::paintEvent(QPaintEvent *)

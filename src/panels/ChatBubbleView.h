@@ -13,6 +13,10 @@ namespace MarkdownUI {
 class MarkdownView;
 }
 
+namespace NetworkImage {
+class NetworkImageLoader;
+}
+
 namespace Tessaline {
 
 class ChatSenderPill;
@@ -25,10 +29,12 @@ struct ChatBubbleParts {
     SuggestionActions &actions;
     std::function<std::optional<FileURL>()> activeFileURL; // at the moment of a press
     MarkdownUI::OpenURL openURL;
+    NetworkImage::NetworkImageLoader *imageLoader = nullptr; // null: pictures are not loaded
 };
 
 /// One message: who said it, the bubble with its text, and the cards of the edits that it proposes. A message of the
-/// user is shown as it was typed; all others are Markdown.
+/// user is shown as it was typed; all others are Markdown. Keys by which a text would scroll are left to the list
+/// around, since the text is as high as it is long.
 class ChatBubbleView final : public QWidget
 {
     Q_OBJECT
@@ -51,10 +57,12 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     struct Geometry;
     Geometry geometryFor(int width) const;
+    void place();
     void updateBody();
     void updateCards();
     void updateStates();

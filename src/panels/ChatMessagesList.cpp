@@ -5,6 +5,7 @@
 #include "Services/LocalAIService.h"
 
 #include <QtCore/QVariantAnimation>
+#include <QtGui/QKeyEvent>
 #include <QtGui/QResizeEvent>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
@@ -249,6 +250,37 @@ void ChatMessagesList::resizeEvent(QResizeEvent *event)
     layOut();
     if (wasAtEnd) // a row below has come or gone
         verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+bool ChatMessagesList::scrollByKey(const QKeyEvent &key)
+{
+    using Action = QAbstractSlider::SliderAction;
+    Action action = Action::SliderNoAction;
+    switch (key.key()) {
+    case Qt::Key_PageUp:
+        action = Action::SliderPageStepSub;
+        break;
+    case Qt::Key_PageDown:
+        action = Action::SliderPageStepAdd;
+        break;
+    case Qt::Key_Home:
+        action = Action::SliderToMinimum;
+        break;
+    case Qt::Key_End:
+        action = Action::SliderToMaximum;
+        break;
+    default:
+        return false;
+    }
+    m_animation->stop();
+    verticalScrollBar()->triggerAction(action);
+    return true;
+}
+
+void ChatMessagesList::keyPressEvent(QKeyEvent *event)
+{
+    if (!scrollByKey(*event))
+        QAbstractScrollArea::keyPressEvent(event);
 }
 
 void ChatMessagesList::scrollContentsBy(int, int)

@@ -27,12 +27,16 @@ public:
     /// The service and what is in the parts outlive the list.
     ChatMessagesList(LocalAIService &ai, ChatBubbleParts parts, QWidget *parent = nullptr);
 
+    /// Scrolls by a page or to an end, if the key is one for that.
+    bool scrollByKey(const QKeyEvent &key);
+
     /// The views that exist at the moment, from top to bottom.
     QList<ChatBubbleView *> bubbles() const;
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void keyPressEvent(QKeyEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -54,7 +58,6 @@ private:
     void invalidate(const ChatBubbleView *bubble);
     void scrollToEnd();
     void reveal(const QWidget *focus);
-    void showOrHideEmptyState();
 
     LocalAIService &m_ai;
     ChatBubbleParts m_parts;

@@ -3,6 +3,7 @@
 #include "foundation_ui/Hairline.h"
 #include "panels/ChatMessagesList.h"
 
+#include <QtGui/QKeyEvent>
 #include <QtWidgets/QVBoxLayout>
 
 namespace Tessaline {
@@ -20,6 +21,13 @@ ChatSection::ChatSection(LocalAIService &ai, ChatComposer &composer, ChatBubbleP
     column->addWidget(new Hairline(parts.theme, Qt::Horizontal));
     column->addSpacing(8);
     column->addWidget(m_input);
+}
+
+void ChatSection::keyPressEvent(QKeyEvent *event)
+{
+    const bool isPage = event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown;
+    if (!isPage || !m_messages->scrollByKey(*event))
+        QWidget::keyPressEvent(event);
 }
 
 } // namespace Tessaline

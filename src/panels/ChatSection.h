@@ -21,6 +21,9 @@ public:
     ChatMessagesList &messages() { return *m_messages; }
     ChatInput &input() { return *m_input; }
 
+protected:
+    void keyPressEvent(QKeyEvent *event) override; // by pages through the conversation, while typing below it
+
 private:
     ChatMessagesList *m_messages;
     ChatInput *m_input;

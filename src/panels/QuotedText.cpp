@@ -4,6 +4,9 @@
 #include "foundation_ui/Fonts.h"
 
 #include <QtGui/QPainter>
+#include <QtGui/QTextBlockFormat>
+#include <QtGui/QTextCursor>
+#include <QtGui/QTextFrame>
 
 #include <algorithm>
 #include <cmath>
@@ -13,9 +16,7 @@ namespace Tessaline {
 namespace {
 
 constexpr double kRadius = 4;
-constexpr double kPadding = 6;
 constexpr int kHighest = 180; // before it scrolls
-constexpr double kTintOpacity = 0.08;
 
 } // namespace
 
@@ -33,11 +34,9 @@ QuotedText::QuotedText(const Theme &theme, ColorRole role, Tint tint, const QStr
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
     setFont(Fonts::interface(Fonts::kSmallSize));
-    for (QTextDocument *each : {document(), &m_measured}) {
+    for (QTextDocument *each : {document(), &m_measured})
         each->setDefaultFont(font());
-        each->setDocumentMargin(kPadding);
-        each->setPlainText(text);
-    }
+    showText(text);
     connect(&theme, &Theme::changed, this, &QuotedText::takeColor);
     takeColor();
 }
@@ -61,16 +60,48 @@ void QuotedText::setTextFont(const QFont &font)
 
 void QuotedText::setQuotedText(const QString &text)
 {
-    for (QTextDocument *each : {document(), &m_measured})
-        each->setPlainText(text);
+    showText(text);
     updateGeometry();
 }
 
-void QuotedText::setPadding(double padding)
+/// Gives both documents a text. What is set on frames and blocks goes with the text before.
+void QuotedText::showText(const QString &text)
 {
-    for (QTextDocument *each : {document(), &m_measured})
-        each->setDocumentMargin(padding);
-    updateGeometry();
+    for (QTextDocument *each : {document(), &m_measured}) {
+        each->setPlainText(text);
+        QTextFrameFormat frame = each->rootFrame()->frameFormat();
+        frame.setLeftMargin(m_horizontalPadding);
+        frame.setRightMargin(m_horizontalPadding);
+        frame.setTopMargin(m_verticalPadding);
+        frame.setBottomMargin(m_verticalPadding);
+        each->rootFrame()->setFrameFormat(frame);
+        if (m_lineSpacing <= 0)
+            continue;
+        QTextBlockFormat lines;
+        lines.setLineHeight(m_lineSpacing, QTextBlockFormat::LineDistanceHeight);
+        QTextCursor all(each);
+        all.select(QTextCursor::Document);
+        all.mergeBlockFormat(lines);
+    }
+}
+
+void QuotedText::setPadding(int horizontal, int vertical)
+{
+    m_horizontalPadding = horizontal;
+    m_verticalPadding = vertical;
+    setQuotedText(toPlainText());
+}
+
+void QuotedText::setTintOpacity(double opacity)
+{
+    m_tintOpacity = opacity;
+    viewport()->update();
+}
+
+void QuotedText::setLineSpacing(double points)
+{
+    m_lineSpacing = points;
+    setQuotedText(toPlainText());
 }
 
 void QuotedText::setHeight(Height height)
@@ -100,7 +131,7 @@ void QuotedText::paintEvent(QPaintEvent *event)
         QPainter painter(viewport());
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(withOpacity(m_theme.color(m_role), kTintOpacity));
+        painter.setBrush(withOpacity(m_theme.color(m_role), m_tintOpacity));
         painter.drawRoundedRect(QRectF(viewport()->rect()), kRadius, kRadius);
     }
     QTextEdit::paintEvent(event);

@@ -21,7 +21,9 @@ public:
 
     void setTextFont(const QFont &font); // the small face of the interface at first
     void setQuotedText(const QString &text);
-    void setPadding(double padding); // on all sides, 6 at first
+    void setPadding(int horizontal, int vertical); // 6 on all sides at first
+    void setTintOpacity(double opacity);           // 0.08 at first
+    void setLineSpacing(double points);            // more between two lines; none at first
     enum class Height { Bounded, OfText };
     void setHeight(Height height); // Bounded at first
     bool hasHeightForWidth() const override { return true; }
@@ -36,12 +38,17 @@ protected:
 
 private:
     void takeColor();
+    void showText(const QString &text);
 
     const Theme &m_theme;
     ColorRole m_role;
     Tint m_tint;
     mutable QTextDocument m_measured; // the same text, laid out to be measured: the shown one keeps the widget's width
     Height m_height = Height::Bounded;
+    int m_horizontalPadding = 6;
+    int m_verticalPadding = 6;
+    double m_tintOpacity = 0.08;
+    double m_lineSpacing = 0;
 };
 
 } // namespace Tessaline

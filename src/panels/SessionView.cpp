@@ -49,7 +49,8 @@ SessionView::SessionView(SessionViewParts parts, QWidget *parent)
                              {.theme = m_parts.theme,
                               .actions = m_parts.suggestions,
                               .activeFileURL = [this] { return m_parts.workspace.activeFileURL(); },
-                              .openURL = [this](const QUrl &url) { openLink(url); }},
+                              .openURL = [this](const QUrl &url) { openLink(url); },
+                              .imageLoader = m_parts.imageLoader},
                              [this] {
                                  return ChatSubject{m_parts.workspace.activeFileURL(), m_parts.area.activeProject()};
                              }))

@@ -7,6 +7,10 @@
 
 #include <functional>
 
+namespace NetworkImage {
+class NetworkImageLoader;
+}
+
 namespace Tessaline {
 
 class ChatComposer;
@@ -29,9 +33,10 @@ struct SessionViewParts {
     EditorArea &area;     // for the active project
     EventCenter &events;
     const Theme &theme;
-    std::function<QList<FileURL>()> askForFiles;   // to attach; modally
-    std::function<void(const QUrl &)> openOutside; // a link, with the programs of the desktop
-    QWidget *trailing = nullptr;                   // at the end of the title row; taken over
+    std::function<QList<FileURL>()> askForFiles;             // to attach; modally
+    std::function<void(const QUrl &)> openOutside;           // a link, with the programs of the desktop
+    NetworkImage::NetworkImageLoader *imageLoader = nullptr; // of the pictures in answers; null: none are loaded
+    QWidget *trailing = nullptr;                             // at the end of the title row; taken over
     int titleRowHeight = 44;
 };
 

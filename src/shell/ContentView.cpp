@@ -46,7 +46,7 @@ ContentView::ContentView(ContentViewParts parts, QWidget *parent) : QWidget(pare
     QWidget *sidebarColumn = makeSidebarColumn(parts);
     m_editorArea = new EditorAreaView({parts.area, parts.workspace, parts.preferences, parts.theme, parts.makeEditor});
     auto *sessionColumn = new SessionColumn({parts.assistant, parts.workspace, parts.area, parts.events, parts.theme,
-                                             parts.window, parts.askForFiles, parts.openOutside});
+                                             parts.window, parts.askForFiles, parts.openOutside, parts.imageLoader});
     m_columns = {sidebarColumn, m_editorArea, sessionColumn};
 
     auto *row = new QHBoxLayout(this);

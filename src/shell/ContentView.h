@@ -4,6 +4,10 @@
 
 #include <QtWidgets/QWidget>
 
+namespace NetworkImage {
+class NetworkImageLoader;
+}
+
 namespace Tessaline {
 
 class EventCenter;
@@ -21,10 +25,11 @@ struct ContentViewParts {
     AssistantPanels &assistant;
     const Theme &theme;
     std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
-    FramelessWindow &window;                       // that the title row's buttons act on
-    QWidget *menuBar;                              // is taken over
-    std::function<QList<FileURL>()> askForFiles;   // to attach to the session
-    std::function<void(const QUrl &)> openOutside; // a link of an answer
+    FramelessWindow &window;                                 // that the title row's buttons act on
+    QWidget *menuBar;                                        // is taken over
+    std::function<QList<FileURL>()> askForFiles;             // to attach to the session
+    std::function<void(const QUrl &)> openOutside;           // a link of an answer
+    NetworkImage::NetworkImageLoader *imageLoader = nullptr; // of the pictures in answers; null: none are loaded
 };
 
 /// The content of the window: the sidebar under the menus, the document, and the column of the assistant. Files dropped

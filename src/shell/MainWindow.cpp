@@ -34,7 +34,7 @@ MainWindow::MainWindow(MainWindowParts parts) : FramelessWindow(parts.theme), m_
     m_menu = new MainMenu({m_parts.events, m_parts.workspace, m_parts.updates, *new EditCommands(this)});
     m_content = new ContentView({m_parts.workspace, m_parts.projects, m_parts.area, m_parts.preferences, m_parts.events,
                                  m_parts.assistant, m_parts.theme, m_parts.makeEditor, *this, m_menu,
-                                 m_parts.askForFiles, m_parts.openOutside});
+                                 m_parts.askForFiles, m_parts.openOutside, m_parts.imageLoader});
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_content);

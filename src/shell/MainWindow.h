@@ -27,8 +27,9 @@ struct MainWindowParts {
     AssistantPanels &assistant;
     const Theme &theme;
     std::function<DocumentEditor *(EditorKind kind, QWidget *parent)> makeEditor;
-    std::function<QList<FileURL>()> askForFiles;   // to attach to the session
-    std::function<void(const QUrl &)> openOutside; // a link of an answer
+    std::function<QList<FileURL>()> askForFiles;             // to attach to the session
+    std::function<void(const QUrl &)> openOutside;           // a link of an answer
+    NetworkImage::NetworkImageLoader *imageLoader = nullptr; // of the pictures in answers; null: none are loaded
 };
 
 /// The one window. It does not close by itself: the wish to close it ends the application, which writes what is pending

@@ -21,6 +21,7 @@ SessionColumn::SessionColumn(const SessionColumnParts &parts, QWidget *parent)
                                  .theme = parts.theme,
                                  .askForFiles = parts.askForFiles,
                                  .openOutside = parts.openOutside,
+                                 .imageLoader = parts.imageLoader,
                                  .trailing = new WindowButtons(parts.theme, parts.window),
                                  .titleRowHeight = FramelessWindow::kTitleRowHeight}))
 {

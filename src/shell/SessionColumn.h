@@ -7,6 +7,10 @@
 
 #include <functional>
 
+namespace NetworkImage {
+class NetworkImageLoader;
+}
+
 namespace Tessaline {
 
 class EditorArea;
@@ -22,9 +26,10 @@ struct SessionColumnParts {
     EditorArea &area;
     EventCenter &events;
     const Theme &theme;
-    FramelessWindow &window;                       // that the title row's buttons act on
-    std::function<QList<FileURL>()> askForFiles;   // to attach
-    std::function<void(const QUrl &)> openOutside; // a link
+    FramelessWindow &window;                                 // that the title row's buttons act on
+    std::function<QList<FileURL>()> askForFiles;             // to attach
+    std::function<void(const QUrl &)> openOutside;           // a link
+    NetworkImage::NetworkImageLoader *imageLoader = nullptr; // of the pictures in answers; null: none are loaded
 };
 
 /// The right column, the place of the assistant, with the window's buttons in its title row.

@@ -10,6 +10,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/SystemMemory.h"
 #include "foundation_ui/TessalineStyle.h"
+#include "NetworkImage/DefaultNetworkImageLoader.h"
 #include "panels/AssistantPanels.h"
 #include "Services/AISettings.h"
 #include "Services/LocalAIService.h"
@@ -114,6 +115,8 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
     AssistantPanels assistantPanels({assistant, store, area, workspace, events, disk,
                                      [](const QString &text) { QGuiApplication::clipboard()->setText(text); }});
 
+    const std::unique_ptr<NetworkImage::NetworkImageLoader> images = NetworkImage::makeSharedLoader(folders.cache);
+
     // 2. The appearance.
     SystemAppearance system(SystemAppearance::ofPalette(QGuiApplication::palette()));
     AppearanceSwitch appearance(preferences, system, theme);
@@ -129,7 +132,7 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
     };
     MainWindow window({workspace, projects, area, preferences, events, updates, appearance, assistantSettings,
                        assistantPanels, theme, makeEditor, [&panels] { return panels.askForFiles(); },
-                       [](const QUrl &url) { QDesktopServices::openUrl(url); }});
+                       [](const QUrl &url) { QDesktopServices::openUrl(url); }, images.get()});
     panels.setWindow(&window);
 
     // 4. The start and the end.

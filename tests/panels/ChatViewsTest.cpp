@@ -1,3 +1,4 @@
+#include "MarkdownUI/MarkdownView.h"
 #include "panels/ChatBubbleView.h"
 #include "panels/ChatSenderPill.h"
 #include "panels/SendButton.h"
@@ -65,7 +66,9 @@ TEST_F(ChatViewsTest, OfflineTheFieldIsDisabledUntilTheServerIsStartedAgain)
 TEST_F(ChatViewsTest, AQuestionIsSentByReturnAndTheFocusComesBackWithTheFieldAfterTheAnswer)
 {
     serve(R"({"replies":{"/v1/chat/completions":[{"steps":[
-        {"event":{"context":{"prompt_tokens":2300}}},{"token":"It is "},{"token":"**one**."},{"done":true}]}]}})");
+        {"event":{"context":{"context_window_tokens":8192,"estimated_input_tokens":2345,"active_document_chars":15,
+                             "attached_context_count":1,"workspace_context_count":3,"history_message_count":0}}},
+        {"token":"It is "},{"token":"**one**."},{"done":true}]}]}})");
     show();
     auto &send = *input().findChild<SendButton *>();
     EXPECT_EQ(send.size(), QSize(22, 22));
@@ -93,7 +96,79 @@ TEST_F(ChatViewsTest, AQuestionIsSentByReturnAndTheFocusComesBackWithTheFieldAft
     EXPECT_EQ(bubbles[0]->accessibleDescription(), u"What is it?"_s);
     EXPECT_EQ(bubbles[1]->accessibleName(), u"Tessaline"_s);
     EXPECT_EQ(bubbles[1]->accessibleDescription(), u"It is **one**."_s);
-    EXPECT_TRUE(texts(input()).contains(m_ai->contextStatus())) << m_ai->contextStatus().toStdString();
+    EXPECT_TRUE(texts(input()).contains(u"Using document + 4 sources · ~2.3K tokens"_s))
+        << m_ai->contextStatus().toStdString();
+}
+
+TEST_F(ChatViewsTest, AnAnswerThatEndsScrollsToItsEndOnceThoughThePersonReadsFurtherUp)
+{
+    serve(R"({"replies":{"/v1/chat/completions":[{"steps":[{"token":"Yes."},{"hang":true}]}]}})");
+    show();
+    QList<ChatMessage> messages;
+    for (int i = 0; i < 20; ++i)
+        messages.append(message(i % 2 ? u"assistant"_s : u"user"_s, u"Words that fill a line or two. "_s.repeated(8)));
+    setMessages(messages);
+    m_panels->composer.setChatInput(u"And?"_s);
+    m_panels->composer.send(std::nullopt, std::nullopt);
+    ASSERT_TRUE(eventually([this] { return m_ai->chatMessages().constLast().content == u"Yes."; }));
+    ASSERT_TRUE(eventually([this] { return isAtEnd(); }));
+    list().verticalScrollBar()->setValue(0);
+    m_ai->replaceMessageContent(m_ai->chatMessages().constLast().id, u"Yes. And more.\n\n"_s.repeated(20));
+    EXPECT_EQ(list().verticalScrollBar()->value(), 0);
+    m_panels->composer.stop();
+    ASSERT_TRUE(eventually([this] { return !m_ai->isGenerating() && isAtEnd(); }));
+    list().verticalScrollBar()->setValue(0);
+    ASSERT_TRUE(eventually([this] { return !m_panels->composer.isPreparingContext(); }));
+    EXPECT_EQ(list().verticalScrollBar()->value(), 0);
+}
+
+TEST_F(ChatViewsTest, APictureInAnAnswerIsLoadedAndTakesItsRoom)
+{
+    show();
+    setMessages({message(u"assistant"_s, u"![Chart](https://example.org/chart.png)"_s)});
+    const QList<ChatBubbleView *> bubbles = list().bubbles();
+    ASSERT_EQ(bubbles.size(), 1);
+    EXPECT_TRUE(eventually([&] { return bubbles[0]->height() > 300; }));
+    EXPECT_EQ(m_images.asked(), QList<QUrl>{QUrl(u"https://example.org/chart.png"_s)});
+}
+
+TEST_F(ChatViewsTest, ALongAnswerIsReadByKeysAndSoIsTheConversationFromTheField)
+{
+    serve("{}");
+    show();
+    setMessages({message(u"user"_s, u"Why?"_s), message(u"assistant"_s, u"Because.\n\n"_s.repeated(200))});
+    ASSERT_TRUE(eventually([this] { return isAtEnd(); }));
+    visible<MarkdownUI::MarkdownView>(list()).constFirst()->setFocus();
+    press(Qt::Key_Home);
+    EXPECT_EQ(list().verticalScrollBar()->value(), 0);
+    press(Qt::Key_PageDown);
+    const int page = list().verticalScrollBar()->value();
+    EXPECT_GT(page, 100);
+    press(Qt::Key_Up);
+    EXPECT_LT(list().verticalScrollBar()->value(), page);
+    EXPECT_GT(list().verticalScrollBar()->value(), 0);
+    press(Qt::Key_End);
+    EXPECT_TRUE(isAtEnd());
+
+    field().setFocus();
+    press(Qt::Key_PageUp);
+    EXPECT_FALSE(isAtEnd());
+    press(Qt::Key_PageDown);
+    EXPECT_TRUE(isAtEnd());
+    EXPECT_TRUE(field().hasFocus());
+}
+
+TEST_F(ChatViewsTest, OtherPartsOfAMessageTakeTheirPlacesThoughItsSizeStays)
+{
+    show();
+    ChatMessage answer = message(u"assistant"_s, block(u"One."_s, u"1."_s));
+    setMessages({answer});
+    ASSERT_EQ(cards().size(), 1);
+    const QRect place = cards()[0]->geometry();
+    m_ai->replaceMessageContent(answer.id, block(u"Two."_s, u"2."_s));
+    ASSERT_EQ(cards().size(), 1);
+    EXPECT_EQ(cards()[0]->suggestion().originalText, u"Two."_s);
+    EXPECT_EQ(cards()[0]->geometry(), place);
 }
 
 TEST_F(ChatViewsTest, AGrowingAnswerWaitsThenShowsRawTextThenACard)
@@ -102,6 +177,7 @@ TEST_F(ChatViewsTest, AGrowingAnswerWaitsThenShowsRawTextThenACard)
     ChatMessage answer = message(u"assistant"_s, QString());
     setMessages({answer});
     EXPECT_EQ(texts(list()), QStringList{u"Writing..."_s});
+    EXPECT_EQ(list().bubbles()[0]->accessibleDescription(), u"Writing..."_s);
     const QString whole = u"See:\n"_s + block(u"Two."_s, u"2."_s) + block(u"gone"_s, QString());
     qsizetype withoutCards = 0;
     for (qsizetype length = 1; length <= whole.size(); length += 3) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "NetworkImage/NetworkImageLoader.h"
 #include "panels/AssistantPanels.h"
 #include "panels/ChatInput.h"
 #include "panels/ChatMessagesList.h"
@@ -8,12 +9,35 @@
 #include "tests/panels/PanelsFixture.h"
 #include "tests/support/DressingTheme.h"
 
+#include <QtCore/QPromise>
+#include <QtGui/QImage>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
 
 namespace Tessaline {
+
+/// Gives the same picture for every address, and keeps the addresses.
+class KnownImages final : public NetworkImage::NetworkImageLoader
+{
+public:
+    QFuture<NetworkImage::ImageResult> image(const QUrl &url) override
+    {
+        m_asked.append(url);
+        QImage image(40, 300, QImage::Format_RGB32);
+        image.fill(Qt::darkGreen);
+        QPromise<NetworkImage::ImageResult> promise;
+        promise.start();
+        promise.addResult(NetworkImage::ImageResult(image));
+        promise.finish();
+        return promise.future();
+    }
+    const QList<QUrl> &asked() const { return m_asked; }
+
+private:
+    QList<QUrl> m_asked;
+};
 
 /// The column of the assistant in a window of its own, over the fixture's service. `show` comes after `serve`.
 class PanelsViewsFixture : public PanelsFixture
@@ -33,7 +57,8 @@ protected:
                                                                   .events = m_events,
                                                                   .theme = dressingTheme(),
                                                                   .askForFiles = [this] { return m_chosenFiles; },
-                                                                  .openOutside = [](const QUrl &) {}});
+                                                                  .openOutside = [](const QUrl &) {},
+                                                                  .imageLoader = &m_images});
         m_column->resize(380, 800);
         m_column->show();
         m_column->activateWindow();
@@ -111,6 +136,7 @@ protected:
         return message;
     }
 
+    KnownImages m_images;
     QList<FileURL> m_chosenFiles;
     QString m_clipboard;
     std::unique_ptr<AssistantPanels> m_panels;
