@@ -2,6 +2,8 @@
 
 #include "foundation_ui/Theme.h"
 
+#include <QtCore/QCoreApplication>
+#include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 #include <QtGui/QScreen>
 #include <QtWidgets/QVBoxLayout>
@@ -58,6 +60,15 @@ void Popover::paintEvent(QPaintEvent *)
     painter.setPen(m_theme.color(ColorRole::BubbleBorder));
     painter.setBrush(m_theme.color(ColorRole::Control));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+}
+
+void Popover::keyPressEvent(QKeyEvent *event)
+{
+    QWidget *typedInto = parentWidget()->window()->focusWidget();
+    if (focusWidget() || !typedInto || event->matches(QKeySequence::Cancel))
+        QWidget::keyPressEvent(event);
+    else
+        QCoreApplication::sendEvent(typedInto, event);
 }
 
 void Popover::hideEvent(QHideEvent *event)

@@ -116,6 +116,27 @@ TEST_F(SelectionToolsViewTest, ARephraseIsCopiedTakenAndGivenUpFromItsCard)
     EXPECT_EQ(onDisk(), "One. 2. Three.");
 }
 
+TEST_F(SelectionToolsViewTest, ACardThatOpensWhileThePersonTypesLeavesTheKeysInTheDocument)
+{
+    showTools("2.");
+    QLineEdit document(m_bar.get());
+    document.show();
+    document.setFocus();
+    use(u"Rephrase"_s, u"Two."_s);
+    ASSERT_TRUE(popover());
+    QTest::keyClicks(popover(), u"so on"_s);
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(document.text(), u"so o"_s);
+    ASSERT_TRUE(popover());
+
+    press(Qt::Key_Tab);
+    ASSERT_TRUE(popover()->focusWidget());
+    press(Qt::Key_X);
+    EXPECT_EQ(document.text(), u"so o"_s);
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(popover());
+}
+
 TEST_F(SelectionToolsViewTest, ACardTakesThePlaceOfAnother)
 {
     showTools("It counts.");
