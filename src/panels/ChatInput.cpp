@@ -27,10 +27,12 @@ constexpr int kSidePadding = 16;
 constexpr int kTop = 4;
 constexpr int kBottom = 16;
 constexpr int kRowSpacing = 6;
+constexpr int kRetryBottom = 8;
 constexpr double kTextSize = 14;
 constexpr double kRadius = 18;
 constexpr double kIconSize = 12;
 constexpr double kSmallText = 10;
+constexpr int kStatusPadding = 6;
 
 /// The rounded ground of the field and its button.
 class FieldGround final : public QWidget
@@ -62,22 +64,21 @@ ChatInput::ChatInput(LocalAIService &ai, ChatComposer &composer, const Theme &th
     : QWidget(parent), m_ai(ai), m_composer(composer), m_theme(theme), m_subject(std::move(subject)),
       m_field(new QLineEdit), m_icon(new SymbolView(theme, ColorRole::Accent, kIconSize)),
       m_progress(new ProgressIndicator(theme)), m_send(new SendButton(theme)),
-      m_status(new Label(theme, ColorRole::SecondaryText, Fonts::interface(kSmallText))),
-      m_retry(new TextButton(theme, u"Retry Local AI"_s, TextButton::Kind::Plain)), m_clear(makeClearRow())
+      m_status(new Label(theme, ColorRole::SecondaryText, Fonts::interface(kSmallText))), m_retryRow(makeRetryRow()),
+      m_clear(makeClearRow())
 {
     m_field->setAccessibleName(u"Chat Input"_s);
     m_field->setFont(Fonts::interface(kTextSize));
     m_field->setFrame(false);
     m_field->setAttribute(Qt::WA_MacShowFocusRect, false);
-    m_retry->setFont(Fonts::interface(Fonts::kSmallSize, QFont::Medium));
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(kSidePadding, kTop, kSidePadding, kBottom);
     column->setSpacing(0);
     column->addWidget(makeRow());
-    m_status->setContentsMargins(6, 6, 6, 6);
+    m_status->setContentsMargins(kStatusPadding, kStatusPadding, kStatusPadding, kStatusPadding);
     column->addWidget(m_status);
-    column->addWidget(m_retry, 0, Qt::AlignLeft);
+    column->addWidget(m_retryRow);
     column->addWidget(m_clear, 0, Qt::AlignLeft);
 
     connect(m_field, &QLineEdit::textEdited, &composer, &ChatComposer::setChatInput);
@@ -88,7 +89,6 @@ ChatInput::ChatInput(LocalAIService &ai, ChatComposer &composer, const Theme &th
         else
             send();
     });
-    connect(m_retry, &QAbstractButton::clicked, &composer, &ChatComposer::retry);
     connect(&composer, &ChatComposer::stateChanged, this, &ChatInput::update);
     connect(&ai, &LocalAIService::contextStatusChanged, this, &ChatInput::updateStatus);
     connect(&ai, &LocalAIService::chatMessagesChanged, this,
@@ -107,7 +107,7 @@ QWidget *ChatInput::makeRow()
 {
     auto *row = new FieldGround(m_theme);
     auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins(12, 7, 10, 7);
+    layout->setContentsMargins(12, 7, 12, 7); // of a field that is higher than its text: 10 around the button
     layout->setSpacing(kRowSpacing);
     m_progress->setFixedSize(ProgressIndicator::kSide * 6 / 10, ProgressIndicator::kSide * 6 / 10);
     m_icon->setFixedSize(ProgressIndicator::kSide, ProgressIndicator::kSide);
@@ -117,6 +117,19 @@ QWidget *ChatInput::makeRow()
     layout->addSpacing(4);
     layout->addWidget(m_send);
     row->setFocusProxy(m_field);
+    return row;
+}
+
+QWidget *ChatInput::makeRetryRow()
+{
+    auto *retry = new TextButton(m_theme, u"Retry Local AI"_s, TextButton::Kind::Plain);
+    retry->setFont(Fonts::interface(Fonts::kSmallSize, QFont::Medium));
+    connect(retry, &QAbstractButton::clicked, &m_composer, &ChatComposer::retry);
+    auto *row = new QWidget;
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, kRetryBottom);
+    layout->addWidget(retry);
+    layout->addStretch();
     return row;
 }
 
@@ -140,6 +153,7 @@ void ChatInput::update()
     if (m_field->text() != m_composer.chatInput())
         m_field->setText(m_composer.chatInput());
     m_field->setPlaceholderText(state.placeholder);
+    m_field->setAccessibleDescription(state.placeholder); // what the server is doing; the name hides the placeholder
     // A field that is disabled would hand its focus on to anything. The input keeps it, for when it can be used again.
     if (m_field->hasFocus() && !state.isFieldEnabled)
         setFocus(Qt::OtherFocusReason);
@@ -152,7 +166,7 @@ void ChatInput::update()
     m_icon->setSymbol(isWarning ? u"exclamationmark.triangle.fill"_s : u"sparkles"_s);
     m_icon->setColorRole(isWarning ? ColorRole::RemovedText : ColorRole::Accent);
     m_send->setState(state);
-    m_retry->setVisible(state.isOffline);
+    m_retryRow->setVisible(state.isOffline);
 }
 
 void ChatInput::updateStatus()

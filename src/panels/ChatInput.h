@@ -18,7 +18,6 @@ class LocalAIService;
 class ProgressIndicator;
 class SendButton;
 class SymbolView;
-class TextButton;
 class Theme;
 
 /// What a question is about, at the moment in which it is sent.
@@ -43,6 +42,7 @@ private:
     void updateStatus();
     void send();
     QWidget *makeRow();
+    QWidget *makeRetryRow();
     QWidget *makeClearRow();
 
     LocalAIService &m_ai;
@@ -54,7 +54,7 @@ private:
     ProgressIndicator *m_progress;
     SendButton *m_send;
     Label *m_status;
-    TextButton *m_retry;
+    QWidget *m_retryRow;
     QWidget *m_clear;
 };
 

@@ -5,6 +5,7 @@
 
 #include <QtGui/QFontMetricsF>
 #include <QtGui/QPainter>
+#include <QtGui/QPainterPath>
 
 #include <cmath>
 
@@ -27,6 +28,7 @@ struct Look {
     ColorRole tint;
     double capsuleOpacity;
     double initialOpacity;
+    double shadowOpacity; // of the hairline below
 };
 
 Look lookOf(ChatSenderPill::Sender sender)
@@ -38,10 +40,11 @@ Look lookOf(ChatSenderPill::Sender sender)
                 ColorRole::SecondaryText,
                 ColorRole::SecondaryText,
                 0.06,
-                0.15};
+                0.15,
+                0};
     QFont mark = Fonts::body(12);
     mark.setWeight(QFont::DemiBold);
-    return {u"T"_s, mark, ColorRole::AccentText, ColorRole::AccentText, ColorRole::Accent, 0.04, 0.12};
+    return {u"T"_s, mark, ColorRole::AccentText, ColorRole::AccentText, ColorRole::Accent, 0.04, 0.12, 0.03};
 }
 
 QFont labelFont()
@@ -75,9 +78,17 @@ void ChatSenderPill::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
+    const QRectF capsule(rect());
+    const double radius = capsule.height() / 2;
+    QPainterPath shadow;
+    shadow.addRoundedRect(capsule, radius, radius);
+    QPainterPath above;
+    above.addRoundedRect(capsule.translated(0, -1), radius, radius);
+    painter.setBrush(withOpacity(m_theme.color(ColorRole::SegmentShadow), look.shadowOpacity));
+    painter.drawPath(shadow.subtracted(above));
     const QColor tint = m_theme.color(look.tint);
     painter.setBrush(withOpacity(tint, look.capsuleOpacity));
-    painter.drawRoundedRect(QRectF(rect()), height() / 2.0, height() / 2.0);
+    painter.drawRoundedRect(capsule, radius, radius);
     const QRectF circle(kInset, (height() - kInitialSide) / 2.0, kInitialSide, kInitialSide);
     painter.setBrush(withOpacity(tint, look.initialOpacity));
     painter.drawEllipse(circle);

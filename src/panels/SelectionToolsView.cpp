@@ -5,7 +5,6 @@
 #include "panels/AIToolbarButton.h"
 #include "panels/Popover.h"
 #include "panels/QuotedText.h"
-#include "panels/SmallButton.h"
 
 #include <QtWidgets/QVBoxLayout>
 
@@ -24,6 +23,7 @@ constexpr double kButtonSize = 10;
 constexpr int kOuterSpacing = 10;
 constexpr int kSpacing = 8;
 constexpr int kCaptionSpacing = 4;
+constexpr double kLineSpacing = 2;
 
 QVBoxLayout *makeColumn(QWidget *widget)
 {
@@ -124,7 +124,7 @@ QWidget *SelectionToolsView::makeRephraseCard(const ActivePopover::Rephrase &rep
     connect(accept, &QAbstractButton::clicked, &m_tools, &SelectionTools::acceptRephrase);
     auto *reject = new SmallButton(m_theme, u"Reject"_s, SmallButton::Kind::Plain, kButtonSize);
     connect(reject, &QAbstractButton::clicked, &m_tools, &SelectionTools::closePopover);
-    column->addLayout(makeButtonRow({accept, reject, makeCopyButton(kButtonSize, QString())}));
+    column->addLayout(makeButtonRow({accept, reject, makeCopyButton(SmallButton::Kind::Plain, QString())}));
     return card;
 }
 
@@ -134,16 +134,18 @@ QWidget *SelectionToolsView::makeSummaryCard(const ActivePopover::Summary &summa
     QVBoxLayout *column = makeColumn(card);
     column->addWidget(new Label(m_theme, ColorRole::SecondaryText, Fonts::interface(kHeadingSize, QFont::Bold),
                                 u"Document Selection Summary"_s));
-    column->addWidget(new QuotedText(m_theme, ColorRole::Text, QuotedText::Tint::None, u"Summary"_s, summary.content));
+    auto *content = new QuotedText(m_theme, ColorRole::Text, QuotedText::Tint::None, u"Summary"_s, summary.content);
+    content->setLineSpacing(kLineSpacing);
+    column->addWidget(content);
     auto *dismiss = new SmallButton(m_theme, u"Dismiss"_s, SmallButton::Kind::Plain, kButtonSize);
     connect(dismiss, &QAbstractButton::clicked, &m_tools, &SelectionTools::closePopover);
-    column->addLayout(makeButtonRow({makeCopyButton(kButtonSize, u"doc.on.doc"_s), dismiss}));
+    column->addLayout(makeButtonRow({makeCopyButton(SmallButton::Kind::Strong, u"doc.on.doc"_s), dismiss}));
     return card;
 }
 
-QWidget *SelectionToolsView::makeCopyButton(double textSize, const QString &symbol)
+QWidget *SelectionToolsView::makeCopyButton(SmallButton::Kind kind, const QString &symbol)
 {
-    auto *copy = new SmallButton(m_theme, u"Copy"_s, SmallButton::Kind::Plain, textSize, symbol);
+    auto *copy = new SmallButton(m_theme, u"Copy"_s, kind, kButtonSize, symbol);
     connect(copy, &QAbstractButton::clicked, &m_tools, &SelectionTools::copyResult);
     return copy;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/SelectionTools.h"
+#include "panels/SmallButton.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
@@ -31,7 +32,7 @@ private:
     void showCard(QWidget *content, const QString &name, const QWidget &anchor);
     QWidget *makeRephraseCard(const ActivePopover::Rephrase &rephrase);
     QWidget *makeSummaryCard(const ActivePopover::Summary &summary);
-    QWidget *makeCopyButton(double textSize, const QString &symbol);
+    QWidget *makeCopyButton(SmallButton::Kind kind, const QString &symbol);
 
     struct Button {
         SelectionTools::Tool tool;

@@ -3,6 +3,8 @@
 #include "foundation_ui/PlainButton.h"
 #include "panels/ChatInputState.h"
 
+class QVariantAnimation;
+
 namespace Tessaline {
 
 class ProgressIndicator;
@@ -24,8 +26,11 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void startTransition();
+
     ChatInputState m_state;
     ProgressIndicator *m_progress;
+    QVariantAnimation *m_transition; // from one picture to the next, which springs up
 };
 
 } // namespace Tessaline

@@ -1,8 +1,8 @@
 #include "panels/SessionContextView.h"
 
 #include "foundation_ui/Fonts.h"
-#include "foundation_ui/IconButton.h"
 #include "foundation_ui/Label.h"
+#include "panels/AddContextButton.h"
 #include "panels/AddContextPopover.h"
 #include "panels/ContextCardSheet.h"
 #include "panels/ContextRow.h"
@@ -30,7 +30,6 @@ constexpr int kSidePadding = 16;
 constexpr int kListPadding = 12;
 constexpr int kRowSpacing = 8;
 constexpr int kChipSpacing = 8;
-constexpr double kAddSymbolSize = 16; // the outline has air around it
 constexpr int kPlaceholderWidth = 240;
 
 QList<FileURL> localFiles(const QMimeData &dragged)
@@ -86,8 +85,8 @@ void clear(QLayout &layout)
 
 SessionContextView::SessionContextView(SessionContextViewParts parts, QWidget *parent)
     : QWidget(parent), m_context(parts.context), m_theme(parts.theme), m_askForFiles(std::move(parts.askForFiles)),
-      m_add(new IconButton(m_theme, u"plus"_s, u"Add Session Context"_s)), m_suggestionsRow(makeSuggestionsRow()),
-      m_placeholder(makePlaceholder()), m_list(nullptr)
+      m_add(new AddContextButton(m_theme)), m_suggestionsRow(makeSuggestionsRow()), m_placeholder(makePlaceholder()),
+      m_list(nullptr)
 {
     auto *items = new QWidget;
     items->setAccessibleName(u"Attached Context"_s);
@@ -121,8 +120,6 @@ QWidget *SessionContextView::makeTitleRow(QWidget *trailing, int height)
     layout->addWidget(new Label(m_theme, ColorRole::Heading, Fonts::interface(Fonts::kInterfaceSize, QFont::DemiBold),
                                 u"Session Context"_s),
                       1);
-    m_add->setSymbolSize(kAddSymbolSize);
-    m_add->setColorRole(ColorRole::AccentText);
     layout->addWidget(m_add);
     if (trailing)
         layout->addWidget(trailing);

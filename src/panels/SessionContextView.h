@@ -16,9 +16,9 @@ class QVBoxLayout;
 
 namespace Tessaline {
 
+class AddContextButton;
 class AddContextPopover;
 class ContextCardSheet;
-class IconButton;
 class Popover;
 class SessionContext;
 class Theme;
@@ -60,7 +60,7 @@ private:
     SessionContext &m_context;
     const Theme &m_theme;
     std::function<QList<FileURL>()> m_askForFiles;
-    IconButton *m_add;
+    AddContextButton *m_add;
     QHBoxLayout *m_chips = nullptr; // inside of the row, whose making sets it
     QWidget *m_suggestionsRow;
     QStringList m_shownSuggestions;

@@ -15,9 +15,31 @@ namespace {
 
 constexpr double kRadius = 4;
 constexpr int kSidePadding = 10;
+constexpr int kBareSidePadding = 6; // as the line of the status above it has
 constexpr int kVerticalPadding = 4;
-constexpr int kSymbolRoom = 15;        // the symbol and the space behind it
-constexpr double kPlainOpacity = 0.12; // of the secondary colour
+constexpr int kSymbolSpacing = 3;
+
+double groundOpacity(SmallButton::Kind kind) // of the secondary colour
+{
+    switch (kind) {
+    case SmallButton::Kind::Reject:
+        return 0.1;
+    case SmallButton::Kind::Plain:
+    case SmallButton::Kind::Strong:
+        return 0.12;
+    case SmallButton::Kind::Accept:
+    case SmallButton::Kind::Bare:
+        break;
+    }
+    return 0;
+}
+
+ColorRole textRole(SmallButton::Kind kind)
+{
+    if (kind == SmallButton::Kind::Accept)
+        return ColorRole::AcceptText;
+    return kind == SmallButton::Kind::Strong ? ColorRole::Text : ColorRole::SecondaryText;
+}
 
 } // namespace
 
@@ -31,11 +53,20 @@ SmallButton::SmallButton(const Theme &theme, const QString &text, Kind kind, dou
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
+int SmallButton::sidePadding() const
+{
+    return m_kind == Kind::Bare ? kBareSidePadding : kSidePadding;
+}
+
+int SmallButton::symbolRoom() const
+{
+    return m_symbol.isEmpty() ? 0 : font().pixelSize() + kSymbolSpacing;
+}
+
 QSize SmallButton::sizeHint() const
 {
     const QFontMetricsF metrics(font());
-    const int symbolRoom = m_symbol.isEmpty() ? 0 : kSymbolRoom;
-    return {static_cast<int>(std::ceil(metrics.horizontalAdvance(text()))) + symbolRoom + 2 * kSidePadding,
+    return {static_cast<int>(std::ceil(metrics.horizontalAdvance(text()))) + symbolRoom() + 2 * sidePadding(),
             static_cast<int>(std::ceil(metrics.height())) + 2 * kVerticalPadding};
 }
 
@@ -44,22 +75,19 @@ void SmallButton::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    const bool isAccept = m_kind == Kind::Accept;
-    QColor ground = Qt::transparent;
-    if (isAccept)
-        ground = theme().color(ColorRole::Accept);
-    else if (m_kind == Kind::Plain)
-        ground = withOpacity(theme().color(ColorRole::SecondaryText), kPlainOpacity);
+    const QColor ground = m_kind == Kind::Accept
+                              ? theme().color(ColorRole::Accept)
+                              : withOpacity(theme().color(ColorRole::SecondaryText), groundOpacity(m_kind));
     for (const QColor &tone : {ground, stateTone()}) {
         painter.setBrush(tone);
         painter.drawRoundedRect(QRectF(rect()), kRadius, kRadius);
     }
-    const QColor color = theme().color(isAccept ? ColorRole::AcceptText : ColorRole::SecondaryText);
+    const QColor color = theme().color(textRole(m_kind));
     QRect textBox = rect();
     if (!m_symbol.isEmpty()) {
-        Symbols::draw(painter, m_symbol, QRectF(kSidePadding, 0, font().pixelSize(), height()), font().pixelSize(),
+        Symbols::draw(painter, m_symbol, QRectF(sidePadding(), 0, font().pixelSize(), height()), font().pixelSize(),
                       color);
-        textBox.adjust(kSidePadding + kSymbolRoom, 0, -kSidePadding, 0);
+        textBox.adjust(sidePadding() + symbolRoom(), 0, -sidePadding(), 0);
     }
     painter.setFont(font());
     painter.setPen(color);

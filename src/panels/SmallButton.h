@@ -9,7 +9,13 @@ class SmallButton final : public PlainButton
 {
     Q_OBJECT
 public:
-    enum class Kind { Accept, Plain, Bare };
+    enum class Kind {
+        Accept,
+        Reject, // on a card in the conversation
+        Plain,
+        Strong, // the plain one with the colour of text
+        Bare,
+    };
 
     /// `symbol` stands before the text; empty for none. `textSize` in device-independent pixels.
     SmallButton(const Theme &theme, const QString &text, Kind kind, double textSize, const QString &symbol = QString(),
@@ -22,6 +28,9 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    int sidePadding() const;
+    int symbolRoom() const;
+
     Kind m_kind;
     QString m_symbol;
 };

@@ -20,6 +20,9 @@ constexpr int kPadding = 8;
 constexpr int kSpacing = 6;
 constexpr int kRowSpacing = 4;
 constexpr int kBoxPadding = 6;
+constexpr int kRowSidePadding = 6;
+constexpr int kRowVerticalPadding = 4;
+constexpr double kRowTintOpacity = 0.1; // of the row's own colour
 constexpr int kButtonSpacing = 8;
 constexpr double kTextSize = 11;
 constexpr double kGroundOpacity = 0.05; // of the secondary colour
@@ -39,7 +42,7 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(withOpacity(m_theme.color(ColorRole::Text), m_theme.isDark() ? 0 : kOpacity));
+        painter.setBrush(withOpacity(m_theme.color(ColorRole::SegmentShadow), kOpacity));
         painter.drawRoundedRect(QRectF(rect()), kCorner, kCorner);
     }
 
@@ -56,7 +59,7 @@ SuggestionCard::SuggestionCard(const EditSuggestion &suggestion, const Theme &th
 {
     auto *accept = new SmallButton(theme, u"Accept"_s, SmallButton::Kind::Accept, kTextSize);
     connect(accept, &QAbstractButton::clicked, this, &SuggestionCard::accepted);
-    auto *reject = new SmallButton(theme, u"Reject"_s, SmallButton::Kind::Plain, kTextSize);
+    auto *reject = new SmallButton(theme, u"Reject"_s, SmallButton::Kind::Reject, kTextSize);
     connect(reject, &QAbstractButton::clicked, this, &SuggestionCard::rejected);
     auto *buttons = new QHBoxLayout(m_buttons);
     buttons->setContentsMargins(0, 0, 0, 0);
@@ -90,6 +93,8 @@ QWidget *SuggestionCard::makeChangeBox()
             return;
         auto *row = new QuotedText(m_theme, role, QuotedText::Tint::OwnColor, name, sign + text);
         row->setTextFont(Fonts::code(kTextSize));
+        row->setPadding(kRowSidePadding, kRowVerticalPadding);
+        row->setTintOpacity(kRowTintOpacity);
         rows->addWidget(row);
     };
     addRow(u"- "_s, m_suggestion.originalText, ColorRole::RemovedText, u"Removed Text"_s);
