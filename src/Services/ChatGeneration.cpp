@@ -106,8 +106,10 @@ void ChatGeneration::takeEvent(const StreamEvent &event, const QUuid &answerId, 
 {
     if (const auto *token = std::get_if<TokenEvent>(&event)) {
         answer.append(token->token);
-        if (answer.takeUpdate(m_now()))
+        if (answer.isUpdateDue(m_now())) {
             m_session.replaceMessageContent(answerId, answer.text());
+            answer.noteUpdate(m_now()); // not the moment of the question: the views have drawn it meanwhile
+        }
     } else if (const auto *stats = std::get_if<ContextStatsEvent>(&event)) {
         setContextStatus(statusLine(stats->context));
     } else if (const auto *error = std::get_if<ErrorEvent>(&event)) {

@@ -23,14 +23,13 @@ public:
     const QString &text() const { return m_text; }
     bool isEmpty() const { return m_text.isEmpty(); }
 
-    /// Whether the text is to be shown now. A yes counts as having shown it; the first question is answered yes.
-    bool takeUpdate(TimePoint now)
-    {
-        if (m_lastUpdate && now - *m_lastUpdate < kUpdateInterval)
-            return false;
-        m_lastUpdate = now;
-        return true;
-    }
+    /// Whether the text is to be shown now. The first question is answered yes.
+    bool isUpdateDue(TimePoint now) const { return !m_lastUpdate || now - *m_lastUpdate >= kUpdateInterval; }
+
+    /// The text has been shown, `now` being when that was done. Where showing it takes long, the time to the next
+    /// update counts from there: otherwise an update would be due again with every token, and nothing else would get a
+    /// turn.
+    void noteUpdate(TimePoint now) { m_lastUpdate = now; }
 
 private:
     QString m_text;

@@ -85,7 +85,8 @@ protected:
     const SessionFiles m_files{m_disk.url(u"data"_s)};
     Session m_session{m_files};
     QStringList m_shown;                      // what the last message has held, one after the other
-    QList<std::chrono::milliseconds> m_times; // of the next tokens; then each comes an hour after the last
+    QList<std::chrono::milliseconds> m_times; // when the next tokens come, and when those that are shown have been
+                                              // drawn; then all of it is an hour after the last
     std::chrono::milliseconds m_lastTime{0};
     std::unique_ptr<ScriptedServer> m_server;
     std::unique_ptr<WireClient> m_wire;
@@ -184,12 +185,22 @@ TEST_F(ChatGenerationTest, WithoutADocumentNothingIsSaved)
 
 TEST_F(ChatGenerationTest, TheFirstTokenIsShownAtOnceTheNextAfter50MillisecondsAndTheLastAlways)
 {
-    m_times = {1000ms, 1049ms, 1050ms, 1099ms, 1099ms};
+    m_times = {1000ms, 1000ms, 1049ms, 1050ms, 1050ms, 1099ms, 1099ms};
     serve(chatScript(R"({"token":"a"},{"token":"b"},{"token":"c"},{"token":"d"},{"token":"e"})"));
 
     ask(u"Spell."_s);
 
     EXPECT_EQ(m_shown, (QStringList{u"Spell."_s, QString(), u"a"_s, u"abc"_s, u"abcde"_s}));
+}
+
+TEST_F(ChatGenerationTest, TheTimeUntilTheNextUpdateCountsFromTheEndOfTheDrawing)
+{
+    m_times = {1000ms, 1060ms, 1061ms, 1109ms, 1110ms, 1170ms, 1171ms}; // each update takes 60 milliseconds to draw
+    serve(chatScript(R"({"token":"a"},{"token":"b"},{"token":"c"},{"token":"d"},{"token":"e"})"));
+
+    ask(u"Spell."_s);
+
+    EXPECT_EQ(m_shown, (QStringList{u"Spell."_s, QString(), u"a"_s, u"abcd"_s, u"abcde"_s}));
 }
 
 TEST_F(ChatGenerationTest, ASecondQuestionDuringAnAnswerIsLost)
@@ -298,7 +309,7 @@ TEST_F(ChatGenerationTest, StoppedBeforeTheRequestHasLeftItSaysSoToo)
 
 TEST_F(ChatGenerationTest, StoppedAfterSomeTokensAllOfThemStayWithoutAMark)
 {
-    m_times = {1000ms, 1001ms, 1002ms}; // so that only the first is shown before the stop
+    m_times = {1000ms, 1000ms, 1001ms, 1002ms}; // so that only the first is shown before the stop
     serve(chatScript(R"({"token":"a"},{"token":"b"},{"event":{"error":"x"}},{"token":"c"},{"hang":true})"));
     m_session.switchTo(m_a);
     const QCoro::Task<> task = send(u"Spell."_s);
