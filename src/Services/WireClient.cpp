@@ -28,13 +28,22 @@ struct StopSigns {
     bool areGiven() const { return caller.stop_requested() || client.stop_requested(); }
 };
 
-/// Looks at none of it.
+/// Looks at none of it, and sees only to its having an end.
 class NothingReader final : public BodyReader
 {
 public:
-    Wish take(QByteArray) override { return Wish::More; }
+    explicit NothingReader(qsizetype longest) : m_room(longest) {}
+
+    Wish take(QByteArray bytes) override
+    {
+        m_room -= bytes.size();
+        return m_room < 0 ? Wish::TooLong : Wish::More;
+    }
     void finish() override {}
     void stop() override {}
+
+private:
+    qsizetype m_room;
 };
 
 /// Keeps the whole body.
@@ -144,7 +153,8 @@ QCoro::Task<bool> WireClient::checkHealth(std::stop_token stop)
 {
     HttpExchange::Request request{m_options.address, "GET", "/health", {}, m_options.healthTimeout};
     const StopSigns signs{std::move(stop), m_life.get_token()};
-    const End end = co_await exchange(std::move(request), std::make_shared<NothingReader>(), signs, this);
+    const End end =
+        co_await exchange(std::move(request), std::make_shared<NothingReader>(m_options.longestReply), signs, this);
     co_return static_cast<bool>(end);
 }
 
