@@ -6,6 +6,7 @@
 #include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 #include <QtGui/QScreen>
+#include <QtWidgets/QAccessibleWidget>
 #include <QtWidgets/QVBoxLayout>
 
 #include <algorithm>
@@ -17,11 +18,31 @@ namespace {
 constexpr double kRadius = 8;
 constexpr int kGap = 4; // between the control and the popover
 
+/// The toolkit takes every window for a child of the program. This one is told by the window that it hangs in.
+class PopoverAccessible final : public QAccessibleWidget
+{
+public:
+    explicit PopoverAccessible(QWidget *popover) : QAccessibleWidget(popover, QAccessible::Dialog) {}
+
+    QAccessibleInterface *parent() const override
+    {
+        return QAccessible::queryAccessibleInterface(widget()->parentWidget());
+    }
+};
+
+QAccessibleInterface *makeAccessible(const QString &className, QObject *object)
+{
+    if (className == QLatin1StringView(Popover::staticMetaObject.className()))
+        return new PopoverAccessible(static_cast<QWidget *>(object));
+    return nullptr;
+}
+
 } // namespace
 
 Popover::Popover(const Theme &theme, const QString &name, QWidget *parent)
     : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint), m_theme(theme)
 {
+    [[maybe_unused]] static const bool kKnown = (QAccessible::installFactory(makeAccessible), true);
     setAttribute(Qt::WA_TranslucentBackground);
     setAccessibleName(name);
     setWindowTitle(name);

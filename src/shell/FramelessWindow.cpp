@@ -8,6 +8,7 @@
 #include <QtGui/QWindow>
 #include <QtWidgets/QAccessibleWidget>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QMenu>
 
 namespace Tessaline {
 
@@ -22,11 +23,44 @@ Qt::CursorShape cursorFor(Qt::Edges edges)
     return edges & (Qt::LeftEdge | Qt::RightEdge) ? Qt::SizeHorCursor : Qt::SizeVerCursor;
 }
 
-/// The toolkit tells only its own kinds of window as windows to assistive technology.
+/// The toolkit tells only its own kinds of window as windows to assistive technology, and popups not at all: here those
+/// that hang in the window are its last children. Menus are told by their items.
+class FramelessWindowAccessible final : public QAccessibleWidget
+{
+public:
+    explicit FramelessWindowAccessible(QWidget *window) : QAccessibleWidget(window, QAccessible::Window) {}
+
+    int childCount() const override { return QAccessibleWidget::childCount() + static_cast<int>(popups().size()); }
+
+    QAccessibleInterface *child(int index) const override
+    {
+        const int own = QAccessibleWidget::childCount();
+        return index < own ? QAccessibleWidget::child(index)
+                           : QAccessible::queryAccessibleInterface(popups().value(index - own));
+    }
+
+    int indexOfChild(const QAccessibleInterface *child) const override
+    {
+        const qsizetype popup = child ? popups().indexOf(child->object()) : -1;
+        return popup < 0 ? QAccessibleWidget::indexOfChild(child)
+                         : QAccessibleWidget::childCount() + static_cast<int>(popup);
+    }
+
+private:
+    QObjectList popups() const
+    {
+        QObjectList found;
+        for (QWidget *child : widget()->findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
+            if (child->windowType() == Qt::Popup && child->isVisible() && !qobject_cast<QMenu *>(child))
+                found.append(child);
+        return found;
+    }
+};
+
 QAccessibleInterface *makeAccessible(const QString &className, QObject *object)
 {
     if (className == QLatin1StringView(FramelessWindow::staticMetaObject.className()))
-        return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Window);
+        return new FramelessWindowAccessible(static_cast<QWidget *>(object));
     return nullptr;
 }
 

@@ -7,6 +7,7 @@
 #include "tests/panels/PanelsViewsFixture.h"
 
 #include <QtCore/QMimeData>
+#include <QtGui/QAccessible>
 #include <QtGui/QDropEvent>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPlainTextEdit>
@@ -86,6 +87,7 @@ TEST_F(SessionContextViewTest, ThePopoverOpensByKeyTakesATopicAndGivesTheFocusBa
     auto *topic = popover()->findChild<QLineEdit *>();
     EXPECT_EQ(topic->placeholderText(), u"Enter topic or concept (e.g. Hamlet)"_s);
     EXPECT_EQ(popover()->focusWidget(), topic);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(popover())->parent()->object(), popover()->parentWidget());
     for (const QString &text : {u"Add to Context"_s, u"Attach Reference File..."_s, u"Add Custom Context..."_s})
         EXPECT_TRUE(hasButton(*popover(), text)) << text.toStdString();
     press(Qt::Key_Escape);

@@ -9,6 +9,7 @@
 #include <QtTest/QSignalSpy>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
+#include <QtWidgets/QMenu>
 
 #include <gtest/gtest.h>
 
@@ -38,6 +39,26 @@ TEST_F(Frameless, IsAWindowToAssistiveTechnology)
 
     EXPECT_EQ(accessible->role(), QAccessible::Window);
     EXPECT_EQ(accessible->text(QAccessible::Name), u"Tessaline"_s);
+}
+
+TEST_F(Frameless, TellsThePopupsThatHangInItToAssistiveTechnologyButNoMenus)
+{
+    QWidget popup(&m_window, Qt::Popup);
+    QMenu menu(&m_window);
+    QAccessibleInterface *window = QAccessible::queryAccessibleInterface(&m_window);
+    QAccessibleInterface *shown = QAccessible::queryAccessibleInterface(&popup);
+    const int count = window->childCount();
+    EXPECT_EQ(window->indexOfChild(shown), -1);
+
+    popup.show();
+    menu.popup(QPoint(0, 0));
+
+    ASSERT_EQ(window->childCount(), count + 1);
+    EXPECT_EQ(window->child(count), shown);
+    EXPECT_EQ(window->indexOfChild(shown), count);
+    menu.close();
+    popup.close();
+    EXPECT_EQ(window->childCount(), count);
 }
 
 TEST_F(Frameless, HasNoFrameOfTheSystem)
