@@ -19,6 +19,7 @@ using namespace Qt::StringLiterals;
 
 constexpr int kSpacing = 10;
 constexpr int kOptionSpacing = 6;
+constexpr int kTextInset = 4;
 
 } // namespace
 
@@ -28,6 +29,7 @@ AddContextPopover::AddContextPopover(SessionContext &context, const Theme &theme
     m_field->setPlaceholderText(u"Enter topic or concept (e.g. Hamlet)"_s);
     m_field->setAccessibleName(u"Topic or Concept"_s);
     m_field->setFont(Fonts::interface(Fonts::kInterfaceSize));
+    m_field->setTextMargins(kTextInset, 0, kTextInset, 0);
     connect(m_field, &QLineEdit::textEdited, &context, &SessionContext::setConceptInput);
     connect(m_field, &QLineEdit::returnPressed, &context, &SessionContext::submitConcept);
 

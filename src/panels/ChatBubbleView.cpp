@@ -115,7 +115,7 @@ void ChatBubbleView::updateBody()
             m_question->setHeight(QuotedText::Height::OfText);
             m_question->installEventFilter(this);
             m_question->show();
-        } else if (m_question->toPlainText() != m_message.content) {
+        } else if (m_question->quotedText() != m_message.content) {
             m_question->setQuotedText(m_message.content);
         }
         return;

@@ -22,6 +22,7 @@ constexpr int kContentHeight = 180;
 constexpr int kMargin = 20;
 constexpr int kSpacing = 14;
 constexpr int kCaptionSpacing = 4;
+constexpr int kTextInset = 4; // as the text below has
 
 } // namespace
 
@@ -49,6 +50,8 @@ ContextCardSheet::ContextCardSheet(SessionContext &context, const Theme &theme, 
         column->addLayout(group);
     };
     const SessionContext::Card card = context.card();
+    for (QLineEdit *line : {m_title, m_subtitle})
+        line->setTextMargins(kTextInset, 0, kTextInset, 0);
     m_title->setPlaceholderText(u"e.g. Hamlet"_s);
     m_title->setText(card.title);
     addField(u"Title"_s, m_title);

@@ -34,9 +34,10 @@ QuotedText::QuotedText(const Theme &theme, ColorRole role, Tint tint, const QStr
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
     setFont(Fonts::interface(Fonts::kSmallSize));
+    m_measured.setDefaultTextOption(document()->defaultTextOption()); // the same places to break lines
     for (QTextDocument *each : {document(), &m_measured})
         each->setDefaultFont(font());
-    showText(text);
+    setQuotedText(text);
     connect(&theme, &Theme::changed, this, &QuotedText::takeColor);
     takeColor();
 }
@@ -55,20 +56,21 @@ void QuotedText::setTextFont(const QFont &font)
     setFont(font);
     for (QTextDocument *each : {document(), &m_measured})
         each->setDefaultFont(font);
+    updateBar();
     updateGeometry();
 }
 
 void QuotedText::setQuotedText(const QString &text)
 {
-    showText(text);
-    updateGeometry();
+    m_text = text;
+    showText();
 }
 
-/// Gives both documents a text. What is set on frames and blocks goes with the text before.
-void QuotedText::showText(const QString &text)
+/// Gives both documents the text. What is set on frames and blocks goes with the text before.
+void QuotedText::showText()
 {
     for (QTextDocument *each : {document(), &m_measured}) {
-        each->setPlainText(text);
+        each->setPlainText(m_text);
         QTextFrameFormat frame = each->rootFrame()->frameFormat();
         frame.setLeftMargin(m_horizontalPadding);
         frame.setRightMargin(m_horizontalPadding);
@@ -83,13 +85,24 @@ void QuotedText::showText(const QString &text)
         all.select(QTextCursor::Document);
         all.mergeBlockFormat(lines);
     }
+    setTextCursor(QTextCursor(document())); // the text has pushed it to its end
+    updateBar();
+    updateGeometry();
+}
+
+/// There is a bar only where the text is higher than the bound. One that came as it is needed would take room from the
+/// lines, which then need it.
+void QuotedText::updateBar()
+{
+    const bool scrolls = m_height == Height::Bounded && textHeight(width()) > kHighest;
+    setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
 }
 
 void QuotedText::setPadding(int horizontal, int vertical)
 {
     m_horizontalPadding = horizontal;
     m_verticalPadding = vertical;
-    setQuotedText(toPlainText());
+    showText();
 }
 
 void QuotedText::setTintOpacity(double opacity)
@@ -101,21 +114,25 @@ void QuotedText::setTintOpacity(double opacity)
 void QuotedText::setLineSpacing(double points)
 {
     m_lineSpacing = points;
-    setQuotedText(toPlainText());
+    showText();
 }
 
 void QuotedText::setHeight(Height height)
 {
     m_height = height;
-    if (height == Height::OfText)
-        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    updateBar();
     updateGeometry();
+}
+
+int QuotedText::textHeight(int width) const
+{
+    m_measured.setTextWidth(width);
+    return static_cast<int>(std::ceil(m_measured.size().height()));
 }
 
 int QuotedText::heightForWidth(int width) const
 {
-    m_measured.setTextWidth(width);
-    const int height = static_cast<int>(std::ceil(m_measured.size().height()));
+    const int height = textHeight(width);
     return m_height == Height::OfText ? height : std::min(height, kHighest);
 }
 
@@ -140,6 +157,7 @@ void QuotedText::paintEvent(QPaintEvent *event)
 void QuotedText::resizeEvent(QResizeEvent *event)
 {
     QTextEdit::resizeEvent(event);
+    updateBar();
     updateGeometry(); // other lines, another height
 }
 

@@ -20,6 +20,7 @@ public:
                QWidget *parent = nullptr);
 
     void setTextFont(const QFont &font); // the small face of the interface at first
+    const QString &quotedText() const { return m_text; }
     void setQuotedText(const QString &text);
     void setPadding(int horizontal, int vertical); // 6 on all sides at first
     void setTintOpacity(double opacity);           // 0.08 at first
@@ -38,11 +39,14 @@ protected:
 
 private:
     void takeColor();
-    void showText(const QString &text);
+    void showText();
+    void updateBar();
+    int textHeight(int width) const;
 
     const Theme &m_theme;
     ColorRole m_role;
     Tint m_tint;
+    QString m_text;                   // as it was given: the documents spell some spaces in another way
     mutable QTextDocument m_measured; // the same text, laid out to be measured: the shown one keeps the widget's width
     Height m_height = Height::Bounded;
     int m_horizontalPadding = 6;

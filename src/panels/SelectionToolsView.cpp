@@ -136,6 +136,7 @@ QWidget *SelectionToolsView::makeSummaryCard(const ActivePopover::Summary &summa
                                 u"Document Selection Summary"_s));
     auto *content = new QuotedText(m_theme, ColorRole::Text, QuotedText::Tint::None, u"Summary"_s, summary.content);
     content->setLineSpacing(kLineSpacing);
+    content->setPadding(0, 0);
     column->addWidget(content);
     auto *dismiss = new SmallButton(m_theme, u"Dismiss"_s, SmallButton::Kind::Plain, kButtonSize);
     connect(dismiss, &QAbstractButton::clicked, &m_tools, &SelectionTools::closePopover);

@@ -95,6 +95,7 @@ QWidget *SuggestionCard::makeChangeBox()
         row->setTextFont(Fonts::code(kTextSize));
         row->setPadding(kRowSidePadding, kRowVerticalPadding);
         row->setTintOpacity(kRowTintOpacity);
+        row->setHeight(QuotedText::Height::OfText); // all that an acceptance would do is seen
         rows->addWidget(row);
     };
     addRow(u"- "_s, m_suggestion.originalText, ColorRole::RemovedText, u"Removed Text"_s);

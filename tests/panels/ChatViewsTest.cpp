@@ -1,6 +1,7 @@
 #include "MarkdownUI/MarkdownView.h"
 #include "panels/ChatBubbleView.h"
 #include "panels/ChatSenderPill.h"
+#include "panels/QuotedText.h"
 #include "panels/SendButton.h"
 #include "panels/SuggestionCard.h"
 #include "tests/panels/PanelsViewsFixture.h"
@@ -223,6 +224,23 @@ TEST_F(ChatViewsTest, OneEditIsAcceptedByClickOneRejectedByKeyAndOneThatIsNotFou
     EXPECT_EQ(cards()[0]->accessibleDescription(), u"accepted"_s);
     EXPECT_EQ(cards()[2]->accessibleDescription(), u"pending"_s);
     EXPECT_TRUE(hasButton(*cards()[2], u"Reject"_s));
+}
+
+TEST_F(ChatViewsTest, QuestionsAndProposedChangesAreShownWholeAtAnyWidth)
+{
+    show();
+    setMessages({message(u"user"_s, u"https://example.org/"_s + u"a"_s.repeated(300) + u"\u00A0end"_s),
+                 message(u"assistant"_s, block(u"Two columns are enough for most days:"_s,
+                                               u"A line of some words that may need another line.\n"_s.repeated(12)))});
+    for (int width = 340; width < 420; width += 7) {
+        m_column->resize(width, 700);
+        QCoreApplication::processEvents();
+        for (const auto *text : visible<QuotedText>(list())) {
+            EXPECT_FALSE(text->verticalScrollBar()->isVisible());
+            EXPECT_EQ(text->verticalScrollBar()->maximum(), 0) << text->toPlainText().toStdString() << " at " << width;
+        }
+    }
+    EXPECT_EQ(visible<QuotedText>(list()).size(), 3);
 }
 
 TEST_F(ChatViewsTest, AUsersBlocksAreShownAsTheyAreTyped)

@@ -6,6 +6,7 @@
 #include "tests/panels/PanelsViewsFixture.h"
 
 #include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QScrollBar>
 
 namespace Tessaline {
 
@@ -153,10 +154,22 @@ TEST_F(SelectionToolsViewTest, ACardTakesThePlaceOfAnother)
     ASSERT_TRUE(
         eventually([this] { return popover() && texts(*popover()).contains(u"Document Selection Summary"_s); }));
     EXPECT_EQ(quotes(), QStringList{u"It counts."_s});
+    const QScrollBar *bar = visible<QuotedText>(*popover()).constFirst()->verticalScrollBar();
+    EXPECT_FALSE(bar->isVisible());
+    EXPECT_EQ(bar->maximum(), 0);
     click(button(*popover(), u"Copy"_s));
     EXPECT_EQ(m_clipboard, u"It counts."_s);
     click(button(*popover(), u"Dismiss"_s));
     EXPECT_FALSE(popover());
+}
+
+TEST_F(SelectionToolsViewTest, ALongSummaryScrollsFromItsBeginning)
+{
+    showTools("It counts, and then it goes on to count. "_ba.repeated(60));
+    use(u"Summarize"_s, u"Two."_s);
+    ASSERT_TRUE(eventually([this] { return visible<QScrollBar>(*popover()).size() == 1; }));
+    EXPECT_EQ(visible<QScrollBar>(*popover()).constFirst()->value(), 0);
+    EXPECT_LT(popover()->height(), 300);
 }
 
 TEST_F(SelectionToolsViewTest, TheWindowMayGoBeforeItsTools)
