@@ -25,10 +25,7 @@ void ServerLog::append(const QString &text) const
         return;
     makePrivateFolder(*m_dataFolder);
     const QString time = QLocale().toString(QDateTime::currentDateTime(), u"yyyy-MM-dd HH:mm:ss");
-    QFile file(m_dataFolder->appending(u"server.log").path());
-    if (file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered,
-                  QFileDevice::ReadOwner | QFileDevice::WriteOwner))
-        file.write(u"[%1] %2\n"_s.arg(time, text).toUtf8());
+    appendToPrivateFile(m_dataFolder->appending(u"server.log"), u"[%1] %2\n"_s.arg(time, text).toUtf8());
 }
 
 std::optional<QString> serverOutputText(const QByteArray &bytes)

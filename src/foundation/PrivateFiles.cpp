@@ -1,7 +1,8 @@
 #include "foundation/PrivateFiles.h"
 
+#include "foundation/Descriptor.h"
+
 #include <QtCore/QFile>
-#include <QtCore/QScopeGuard>
 
 #include <cerrno>
 
@@ -27,6 +28,22 @@ bool isFolder(const QByteArray &path)
 {
     struct stat status = {};
     return stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// The ordinary file of that name for writing, made if it is missing and private from here on. Not open where that
+/// cannot be; without a wait where the name stands for a pipe.
+Descriptor openPrivateFile(const FileURL &url, int flags)
+{
+    const QByteArray path = systemPath(url);
+    if (path.isEmpty())
+        return {};
+    Descriptor file(::open(path.constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | flags, kPrivateFile));
+    struct stat status = {};
+    if (!file.isOpen() || fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
+        return {};
+    if ((status.st_mode & ALLPERMS) != kPrivateFile && fchmod(file.number(), kPrivateFile) != 0)
+        return {};
+    return file;
 }
 
 /// Lets the file grow to `size`. False if there is no room; a file system that cannot tell counts as one that has it.
@@ -65,27 +82,25 @@ bool makePrivateFolder(const FileURL &url)
 
 bool writePrivateFile(const FileURL &url, QByteArrayView bytes)
 {
-    // 1. Without a wait where the name stands for a pipe.
-    const QByteArray path = systemPath(url);
-    const int file =
-        path.isEmpty() ? -1 : ::open(path.constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, kPrivateFile);
-    if (file < 0)
-        return false;
-    const auto close = qScopeGuard([file] { ::close(file); });
+    const Descriptor file = openPrivateFile(url, 0);
     struct stat status = {};
-    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
-        return false;
-    if ((status.st_mode & ALLPERMS) != kPrivateFile && fchmod(file, kPrivateFile) != 0)
+    if (!file.isOpen() || fstat(file.number(), &status) != 0)
         return false;
 
-    // 2. The space is claimed before the first byte changes, so that a full disk leaves the file as it was.
-    if (bytes.size() > status.st_size && !claimSpace(file, status.st_size, bytes.size())) {
-        Q_UNUSED(ftruncate(file, status.st_size));
+    // 1. The space is claimed before the first byte changes, so that a full disk leaves the file as it was.
+    if (bytes.size() > status.st_size && !claimSpace(file.number(), status.st_size, bytes.size())) {
+        Q_UNUSED(ftruncate(file.number(), status.st_size));
         return false;
     }
 
-    // 3. The content, and off with what was longer.
-    return writeAll(file, bytes) && ftruncate(file, bytes.size()) == 0;
+    // 2. The content, and off with what was longer.
+    return writeAll(file.number(), bytes) && ftruncate(file.number(), bytes.size()) == 0;
+}
+
+bool appendToPrivateFile(const FileURL &url, QByteArrayView bytes)
+{
+    const Descriptor file = openPrivateFile(url, O_APPEND);
+    return file.isOpen() && writeAll(file.number(), bytes);
 }
 
 } // namespace Tessaline

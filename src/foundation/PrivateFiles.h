@@ -18,4 +18,7 @@ bool makePrivateFolder(const FileURL &url);
 /// was. Only an ordinary file is written, or one that a link leads to.
 bool writePrivateFile(const FileURL &url, QByteArrayView bytes);
 
+/// Adds these bytes to the end of the file, in the same way.
+bool appendToPrivateFile(const FileURL &url, QByteArrayView bytes);
+
 } // namespace Tessaline

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 namespace Tessaline {
 namespace {
 
@@ -83,6 +85,11 @@ TEST_F(ServerLogFile, DropsEntriesThatItCannotWrite)
     m_log.reset();
     m_log.append(u"one"_s);
     EXPECT_TRUE(m_files.exists(u"deep/data/server.log/inside"_s));
+
+    const ServerLog inAPipe(m_files.url(u"pipes"_s));
+    m_files.makeFolder(u"pipes"_s);
+    ASSERT_EQ(mkfifo(qPrintable(m_files.url(u"pipes/server.log"_s).path()), 0600), 0);
+    inAPipe.append(u"one"_s); // nobody reads it, and nobody is waited for
 
     m_files.write(u"file"_s, "");
     const ServerLog inAFile(m_files.url(u"file/data"_s));

@@ -91,6 +91,21 @@ TEST(PrivateFiles, AFileIsForItsUserAloneWhateverTheMaskAllowsAndWhateverItWas)
     EXPECT_EQ(files.read(u"old"_s), "two");
 }
 
+TEST(PrivateFiles, WhatIsAddedStandsAtTheEndOfAFileForItsUserAlone)
+{
+    const FileModeMask mask(0);
+    const TemporaryFiles files{{u"old"_s, "for everybody"}};
+
+    for (const QString &name : {u"new"_s, u"old"_s}) {
+        EXPECT_TRUE(appendToPrivateFile(files.url(name), "; one"));
+        EXPECT_TRUE(appendToPrivateFile(files.url(name), "; two"));
+        EXPECT_EQ(modeOf(files.url(name)), 0600u) << name.toStdString();
+    }
+
+    EXPECT_EQ(files.read(u"new"_s), "; one; two");
+    EXPECT_EQ(files.read(u"old"_s), "for everybody; one; two");
+}
+
 TEST(PrivateFiles, AFileIsReplacedInPlaceByALongerAndByAShorterContent)
 {
     const TemporaryFiles files{{u"file"_s, "short"}};
@@ -145,10 +160,12 @@ TEST(PrivateFiles, OnlyAnOrdinaryFileIsWrittenAndAPipeNotWaitedFor)
     files.makeFolder(u"folder"_s);
     ASSERT_EQ(mkfifo(QFile::encodeName(files.url(u"pipe"_s).path()).constData(), 0600), 0);
 
-    EXPECT_FALSE(writePrivateFile(files.url(u"folder"_s), "x"));
-    EXPECT_FALSE(writePrivateFile(files.url(u"pipe"_s), "x"));
-    EXPECT_FALSE(writePrivateFile(FileURL(u"/dev/null"_s), "x"));
-    EXPECT_FALSE(writePrivateFile(files.url(u"missing/file"_s), "x"));
+    for (const auto write : {writePrivateFile, appendToPrivateFile}) {
+        EXPECT_FALSE(write(files.url(u"folder"_s), "x"));
+        EXPECT_FALSE(write(files.url(u"pipe"_s), "x"));
+        EXPECT_FALSE(write(FileURL(u"/dev/null"_s), "x"));
+        EXPECT_FALSE(write(files.url(u"missing/file"_s), "x"));
+    }
 }
 
 } // namespace Tessaline
