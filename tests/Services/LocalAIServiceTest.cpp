@@ -1,5 +1,6 @@
 #include "Services/LocalAIService.h"
 
+#include "documents/AppPreferences.h"
 #include "tests/Services/RunningAssistant.h"
 #include "tests/support/ScriptedDisk.h"
 #include "tests/support/Waiting.h"
@@ -270,6 +271,7 @@ TEST_F(LocalAIServiceTest, EachPieceOfStateIsToldThroughTheService)
                 told.append(name);
         });
     };
+    tell(&LocalAIService::activeModelChanged, u"activeModel"_s);
     tell(&LocalAIService::serverStatusChanged, u"serverStatus"_s);
     tell(&LocalAIService::isServerRunningChanged, u"isServerRunning"_s);
     tell(&LocalAIService::suggestedContextsChanged, u"suggestedContexts"_s);
@@ -279,14 +281,15 @@ TEST_F(LocalAIServiceTest, EachPieceOfStateIsToldThroughTheService)
     tell(&LocalAIService::contextStatusChanged, u"contextStatus"_s);
 
     makeActiveWithoutSuggestions();
+    m_assistant->preferences().set(PreferenceKeys::kAiModelSelection, u"qwen-2.5-14b-q4"_s);
     service().startServer();
     ASSERT_TRUE(waitForSuggestions({u"One"_s}));
     service().setAttachedContexts({{u"Hamlet"_s, std::nullopt, u"To be"_s, std::nullopt}});
     const QCoro::Task<> task = send(u"Is it?"_s);
     ASSERT_TRUE(eventually([&] { return task.isReady(); }, 60s));
 
-    EXPECT_EQ(told, (QStringList{u"serverStatus"_s, u"isServerRunning"_s, u"suggestedContexts"_s, u"attachedContexts"_s,
-                                 u"isGenerating"_s, u"chatMessages"_s, u"contextStatus"_s}));
+    EXPECT_EQ(told, (QStringList{u"activeModel"_s, u"serverStatus"_s, u"isServerRunning"_s, u"suggestedContexts"_s,
+                                 u"attachedContexts"_s, u"isGenerating"_s, u"chatMessages"_s, u"contextStatus"_s}));
 }
 
 TEST_F(LocalAIServiceTest, DestroyedInTheMiddleOfEverythingItLeavesNoProcess)

@@ -64,6 +64,7 @@ public:
     }
 
     LocalAIService &service() { return *m_service; }
+    Preferences &preferences() { return m_preferences; }
     const ScriptedServerFolder &server() const { return m_server; }
     const TemporaryFiles &files() const { return m_files; }
     quint16 port() const { return m_port; }
