@@ -12,11 +12,12 @@ packaging/debian-packages.txt and /usr/bin/python3.
 
 from .accessibility import Node, NotFound
 from .application import Application, Profile, sample_projects
+from .drop import FileDrop
 from .picture import Picture
 from .portal import SettingsPortal
 from .screen import Screen
 from .session import SessionManager
 from .timing import TIME_SCALE, TimedOut, wait_until
 
-__all__ = ["Application", "Node", "NotFound", "Picture", "Profile", "Screen", "SessionManager", "SettingsPortal", "TIME_SCALE",
-           "TimedOut", "sample_projects", "wait_until"]
+__all__ = ["Application", "FileDrop", "Node", "NotFound", "Picture", "Profile", "Screen", "SessionManager", "SettingsPortal",
+           "TIME_SCALE", "TimedOut", "sample_projects", "wait_until"]

@@ -180,25 +180,24 @@ class Node:
         for child in children:
             yield from child.walk(depth + 1)
 
-    def find_all(self, role=None, name=None):
-        """Every object below this one with this role (or one of several) and name that a person could see."""
+    def search(self, role=None, name=None):
+        """Every object below this one with this role (or one of several) and name that a person could see, as it is come
+        upon."""
         roles = (role,) if isinstance(role, str) else role
-        found = []
         for node, _ in self.walk():
             try:
                 if (roles is None or node.role in roles) and matches(name, node.name) and node.has_size:
-                    found.append(node)
+                    yield node
             except GLib.Error:
                 continue  # gone since its parent named it
-        return found
+
+    def find_all(self, role=None, name=None):
+        return list(self.search(role, name))
 
     def find(self, role=None, name=None, seconds=10.0):
-        """The first of `find_all`, waited for."""
-        def first():
-            found = self.find_all(role, name)
-            return found[0] if found else None
+        """The first of them, waited for."""
         try:
-            return wait_until(first, "it appears", seconds, interval=0.03)
+            return wait_until(lambda: next(self.search(role, name), None), "it appears", seconds, interval=0.03)
         except AssertionError:
             wanted = name.pattern if isinstance(name, re.Pattern) else name
             raise NotFound(f"There is no {role or 'object'} “{wanted}” on the screen.\n{self.outline()}") from None

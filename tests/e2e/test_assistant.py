@@ -3,7 +3,7 @@
 
 import signal
 
-from assistant import READY, STARTED, STOPPED, AssistantTest, is_alive, is_port_free  # first: it finds the package below
+from assistant import READY, STARTED, STOPPED, AssistantTest, answer, is_alive, is_port_free  # first, for the others
 from e2e import NO_UPDATER, main
 from desktop import wait_until
 
@@ -102,6 +102,98 @@ class Assistant(AssistantTest):
         self.screen.press("Escape")
         self.assertEqual(self.application.quit(), 0)
         self.expect_nothing_left(second["pid"])
+
+
+class ServerStates(AssistantTest):
+    """What the chat shows of the server. That it gives up after ten minutes is too long for a test here."""
+
+    def expect_chat(self, said, field, retry):
+        """The field says this, takes a question or not, and the button to try again is there or not."""
+        def current():
+            shown = self.find("Chat Input", "text")
+            return (shown.description, "enabled" if shown.has_state("enabled") else "disabled",
+                    "Retry" if self.is_there("Retry Local AI", "push button") else None)
+        try:
+            wait_until(lambda: current() == (said, field, retry), "the chat shows the state of the server", 20, interval=0.05)
+        except AssertionError:
+            self.assertEqual(current(), (said, field, retry))
+
+    def expect_offline(self):
+        self.expect_chat("Tessaline is offline...", "disabled", "Retry")
+
+    def expect_starting(self):
+        self.expect_chat("Initializing Tessaline...", "disabled", None)
+
+    def expect_running(self):
+        self.expect_chat("Discuss with Tessaline...", "enabled", None)
+
+    def test_a_missing_server_is_started_by_retry_once_it_is_there(self):
+        self.replies(health={"status": 200} | self.gate("health"))
+        server = self.folder / "tessaline-server"
+        server.rename(self.folder / "elsewhere")
+        self.start()
+        self.expect_offline()
+        self.choose("Retry Local AI", "push button")
+        missing = f'tessaline-server binary not found. Paths checked: ["{server}", '
+        wait_until(lambda: self.application.output().count(missing) == 2, "it has looked again", 10)
+        self.expect_offline()
+
+        (self.folder / "elsewhere").rename(server)
+        self.choose("Retry Local AI", "push button")
+        self.expect_starting()
+        self.assertNotIn(READY, self.application.output())
+        self.open_gate("health")
+
+        self.expect_running()
+        self.assertEqual(self.application.quit(), 0)
+        self.assertEqual(self.application.errors(), "")
+
+    def test_a_server_that_cannot_be_started_is_tried_again(self):
+        server = self.folder / "tessaline-server"
+        server.rename(self.folder / "elsewhere")
+        server.write_text("no program")
+        self.start()
+        self.expect_offline()
+        self.wait_for_output("Failed to run tessaline-server: ")
+
+        (self.folder / "elsewhere").rename(server)
+        self.choose("Retry Local AI", "push button")
+
+        self.expect_running()
+        self.assertEqual(self.application.quit(), 0)
+
+    def test_a_server_that_ends_while_it_loads_is_offline(self):
+        self.script(exit={"after": 0, "code": 3}, listenAfter=600000)
+        self.start()
+        self.expect_offline()
+        self.script(listenAfter=600000)
+        (self.record / "process.json").unlink()
+
+        self.choose("Retry Local AI", "push button")
+
+        self.expect_starting()
+        process = self.server()["pid"]
+        self.assertEqual(self.application.quit(), 0)
+        self.expect_nothing_left(process)
+
+    def test_a_server_that_ends_during_an_answer_loses_it_and_is_started_again_by_retry(self):
+        self.open_files(self.write("a.md", b"text"))
+        self.replies(chat={"steps": [{"token": "Half"}, self.pause_at("exit"), {"exit": 7}], "transfer": "chunked"})
+        self.start_ready()
+        self.expect_running()
+        self.ask("What?")
+        self.expect_messages(("You", "What?"), ("Tessaline", "Half"))
+
+        self.open_gate("exit")
+
+        self.expect_offline()
+        wait_until(lambda: self.messages()[-1][1].startswith("Connection failed: "), "the answer is lost", 20)
+        self.replies(chat=answer("Whole."))
+        self.choose("Retry Local AI", "push button")
+        self.expect_running()
+        self.ask("Again?")
+        wait_until(lambda: self.messages()[2:] == [("You", "Again?"), ("Tessaline", "Whole.")], "there is an answer", 20)
+        self.assertEqual(self.application.quit(), 0)
 
 
 if __name__ == "__main__":

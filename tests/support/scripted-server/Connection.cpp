@@ -31,6 +31,11 @@ std::string headerValue(const std::string &head, const std::string &name)
     return value.substr(std::min(value.find_first_not_of(" \t"), value.size()));
 }
 
+bool isThere(const std::string &path)
+{
+    return access(path.c_str(), F_OK) == 0;
+}
+
 class Connection
 {
 public:
@@ -104,7 +109,7 @@ private:
     bool waitFor(const std::string &path)
     {
         constexpr Milliseconds kInterval{10};
-        while (access(path.c_str(), F_OK) != 0)
+        while (!isThere(path))
             if (!wait(kInterval))
                 return false;
         return true;
@@ -165,7 +170,10 @@ private:
     Outcome perform(const Step &step)
     {
         if (const Send *part = std::get_if<Send>(&step)) {
-            for (std::int64_t turn = 0; turn < part->count; ++turn)
+            const auto goesOn = [part](std::int64_t turn) {
+                return part->until.empty() ? turn < part->count : !isThere(part->until);
+            };
+            for (std::int64_t turn = 0; goesOn(turn); ++turn)
                 if (!writeBody(part->bytes) || !wait(part->every))
                     return Outcome::ClosedByClient;
         } else if (const Wait *pause = std::get_if<Wait>(&step)) {

@@ -60,7 +60,8 @@ Step parseStep(const Json &object)
     expectKeys(object, {"token", "event", "done", "text", "hex", "fill", "count", "every", "wait", "until", "hang",
                         "close", "reset", "exit", "kill"});
     const auto send = [&object](std::string bytes) {
-        return Send{std::move(bytes), object.value("count", std::int64_t{1}), milliseconds(object, "every")};
+        return Send{std::move(bytes), object.value("count", std::int64_t{1}), milliseconds(object, "every"),
+                    object.value("until", std::string())};
     };
     if (object.contains("token"))
         return send(line(Json{{"token", object["token"]}}.dump()));
@@ -77,7 +78,7 @@ Step parseStep(const Json &object)
         std::string whole;
         for (std::int64_t count = object.at("count"); count > 0; --count)
             whole += piece;
-        return Send{std::move(whole)};
+        return Send{.bytes = std::move(whole), .count = 1, .every = {}, .until = {}};
     }
     if (object.contains("wait"))
         return Wait{milliseconds(object, "wait")};
@@ -118,7 +119,7 @@ Reply parseReply(const Json &object)
     reply.after = milliseconds(object, "after");
     reply.until = object.value("until", reply.until);
     if (object.contains("body"))
-        reply.steps.push_back(Send{object["body"].get<std::string>()});
+        reply.steps.push_back(Send{.bytes = object["body"].get<std::string>(), .count = 1, .every = {}, .until = {}});
     if (object.contains("steps")) {
         reply.transfer = Transfer::Close;
         for (const Json &step : object["steps"])

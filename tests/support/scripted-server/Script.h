@@ -11,7 +11,8 @@
 
 /// What the scripted server does, as its script says it.
 ///
-/// The program takes no arguments. The environment variable SCRIPTED_SERVER_SCRIPT names a JSON file; without it the
+/// Of its arguments the program heeds `--port N` alone, which goes before the script's: so it stands in for an engine
+/// too, which is told its port. The environment variable SCRIPTED_SERVER_SCRIPT names a JSON file; without it the
 /// server is well, and answers everything else with 404. An object with these keys, all of them optional; times are
 /// milliseconds:
 ///
@@ -48,7 +49,8 @@
 ///
 /// | key     | meaning                                                                                              |
 /// |---------|------------------------------------------------------------------------------------------------------|
-/// | `token` | a line `data: {"token":…}` and an empty line; with `count` and `every` so many of them at this rate  |
+/// | `token` | a line `data: {"token":…}` and an empty line; with `count` and `every` so many of them at this rate, |
+/// |         | with `until` and `every` as many as it takes until there is a file at that path                      |
 /// | `event` | the same with any JSON value                                                                         |
 /// | `done`  | `data: [DONE]` and an empty line                                                                     |
 /// | `text`  | as it stands                                                                                         |
@@ -90,6 +92,7 @@ struct Send {
     std::string bytes;
     std::int64_t count = 1;
     Milliseconds every{0}; // after each
+    std::string until;     // if there is one, `count` does not matter
 };
 struct Wait {
     Milliseconds duration{0};

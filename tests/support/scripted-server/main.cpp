@@ -89,6 +89,15 @@ int listenOn(std::uint16_t port, const std::string &portFile)
 
 } // namespace
 
+/// The port behind `--port` among the arguments, or what the script says.
+std::uint16_t portFor(int argc, char **argv, std::uint16_t scripted)
+{
+    for (int index = 1; index + 1 < argc; ++index)
+        if (std::strcmp(argv[index], "--port") == 0)
+            return static_cast<std::uint16_t>(std::strtoul(argv[index + 1], nullptr, 10));
+    return scripted;
+}
+
 /// See Script.h for what it does. One thread for each client, and everything blocks: scripts are run as they read.
 int main(int argc, char **argv)
 try {
@@ -109,7 +118,7 @@ try {
     }).detach();
 
     std::this_thread::sleep_for(script.listenAfter);
-    const int listener = listenOn(script.port, script.portFile);
+    const int listener = listenOn(portFor(argc, argv, script.port), script.portFile);
     Replies replies(script);
     while (true) {
         const int client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
