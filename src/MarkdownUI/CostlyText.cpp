@@ -6,11 +6,19 @@ namespace MarkdownUI {
 
 namespace {
 
-// In nanoseconds, measured on the parser with texts of 10 to 40 kB; each is the factor of a product of two lengths.
+// In nanoseconds, measured on the parser with texts of 10 to 100 kB; each is the factor of a product of two lengths.
 constexpr qint64 kBudget = 100'000'000;
 constexpr qint64 kDelimiterRowPerUnitAbove = 40; // the paragraph above is split into cells again
 constexpr qint64 kContainerPerBlankLine = 40;    // a blank line continues each open list and ends the last only
+constexpr qint64 kContainerPerInline = 5;        // each piece of a line is added by way of all that is around it
 constexpr qint64 kAddressStartPerUnit = 4;       // each "www." or "://" is followed to the end of its word
+constexpr qint64 kMailSignPerUnit = 7;           // each "@" is followed over some of its word
+constexpr qint64 kCellPerCell = 5;               // each cell is added behind all others of its row
+constexpr qint64 kMissingCell = 300;             // rows are filled up, with half a kilobyte for a cell
+
+constexpr qint64 kOrdinaryDepth = 8;   // of quotes and lists
+constexpr qint64 kOrdinaryCells = 256; // in a row
+constexpr qint64 kFarthestMail = 1000; // units that are followed
 
 bool isLineEnd(QChar sign)
 {
@@ -32,25 +40,45 @@ QStringView takeLine(QStringView &text)
     return line;
 }
 
-/// At most this many quotes and lists can be open in the line: each of them takes a '>' or white space before its text.
-qint64 containersOf(QStringView line)
+/// What stands before the text of a line.
+struct LineStart {
+    qint64 markers = 0; // at most so many quotes and lists begin or go on with a sign
+    qint64 blanks = 0;  // at most so many lists go on without one
+    qsizetype length = 0;
+};
+
+LineStart startOf(QStringView line)
 {
-    qint64 count = 0;
-    for (const QChar sign : line) {
-        if (sign == u'>' || sign == u' ')
-            ++count;
-        else if (sign == u'\t')
-            count += 4;
-        else if (!QStringView(u"-+*.)0123456789").contains(sign))
+    LineStart start;
+    for (; start.length < line.size(); ++start.length) {
+        const QChar sign = line.at(start.length);
+        if (sign == u' ') {
+            ++start.blanks;
+        } else if (sign == u'\t') {
+            start.blanks += 4;
+        } else if (sign == u'>') {
+            ++start.markers;
+        } else if (QStringView(u"-+*.)").contains(sign)) {
+            if (start.length + 1 == line.size() || isBlank(line.at(start.length + 1)))
+                ++start.markers;
+        } else if (sign < u'0' || sign > u'9') {
             break;
+        }
     }
-    return count;
+    return start;
+}
+
+/// At most this many pieces become of the text of a line.
+qint64 inlinesOf(QStringView text)
+{
+    const auto isSpecial = [](QChar sign) { return QStringView(u"*_`[]!<&\\:w~|@").contains(sign); };
+    return 2 + 2 * std::ranges::count_if(text, isSpecial);
 }
 
 /// Whether the line can part the header of a table from its rows. One of dashes alone underlines a heading instead.
 bool isDelimiterRow(QStringView line)
 {
-    return std::ranges::all_of(line, [](QChar sign) { return QStringView(u"|:->").contains(sign) || isBlank(sign); }) &&
+    return std::ranges::all_of(line, [](QChar sign) { return QStringView(u"|:-> \t\v\f").contains(sign); }) &&
            line.contains(u'-') && (line.contains(u'|') || line.contains(u':'));
 }
 
@@ -66,10 +94,10 @@ qint64 openDeclarationsOf(QStringView line)
            countOpen(u"<!--", u">");
 }
 
-/// Following the web addresses in the line. Taking closing brackets off the end of one counts its brackets each time.
+/// Following the addresses in the line. Taking closing brackets off the end of one counts its brackets each time.
 qint64 addressCost(QStringView line)
 {
-    if (!line.contains(u"www.") && !line.contains(u"://"))
+    if (!line.contains(u"www.") && !line.contains(u"://") && !line.contains(u'@'))
         return 0;
     qint64 cost = 0;
     while (!line.isEmpty()) {
@@ -77,39 +105,112 @@ qint64 addressCost(QStringView line)
         const QStringView word = line.first(length);
         if (const qint64 starts = word.count(u"www.") + word.count(u"://"); starts > 0)
             cost += word.size() * (starts * kAddressStartPerUnit + word.count(u')') / 3);
+        cost += word.count(u'@') * std::min<qint64>(word.size(), kFarthestMail) * kMailSignPerUnit;
         line = line.sliced(std::min(line.size(), length + 1));
     }
     return cost;
 }
 
+/// The definitions of links in a text. Each use of one copies its target and title.
+class Definitions
+{
+public:
+    /// `text` is what comes behind the signs of quotes and lists.
+    void takeLine(QStringView text)
+    {
+        m_uses += text.count(u'[');
+        if (m_openSigns == 0 && text.trimmed().startsWith(u'['))
+            m_length = 0;
+        else if (m_length == 0)
+            return;
+        m_length += text.size() + 1;
+        m_longest = std::max(m_longest, m_length);
+        // A title can go on over lines that look like definitions.
+        for (const QChar sign : {u'"', u'\'', u'(', u')'})
+            m_openSigns ^= text.count(sign) % 2;
+    }
+    void takeBlankLine() { m_length = m_openSigns = 0; }
+
+    qint64 cost() const { return m_longest * m_uses; }
+
+private:
+    qint64 m_length = 0; // of the one that the line may belong to; 0 for none
+    qint64 m_longest = 0;
+    qint64 m_uses = 0;
+    qint64 m_openSigns = 0;
+};
+
+/// What the lines of a text cost, taken one after the other.
+class ParsingCost
+{
+public:
+    void takeLine(QStringView line)
+    {
+        if (std::ranges::all_of(line, isBlank)) {
+            m_cost += m_containers * kContainerPerBlankLine;
+            m_paragraphLength = m_paragraphLines = m_pipes = m_declarations = m_columns = 0;
+            m_definitions.takeBlankLine();
+            return;
+        }
+        const LineStart start = startOf(line);
+        const QStringView text = line.sliced(start.length);
+        takeContainers(start, text);
+        m_cost += addressCost(text);
+        m_definitions.takeLine(text);
+        // The end of a declaration is looked for up to the end of the paragraph.
+        if (line.contains(u'<'))
+            m_declarations += openDeclarationsOf(line);
+        m_cost += m_declarations * line.size();
+        m_paragraphLength += line.size() + 1;
+        ++m_paragraphLines;
+        takeCells(line);
+    }
+
+    qint64 total() const { return m_cost + m_definitions.cost(); }
+
+private:
+    void takeContainers(const LineStart &start, QStringView text)
+    {
+        // A line that continues a paragraph leaves open what it does not repeat.
+        const qint64 here = std::min(m_containers, start.blanks) + start.markers;
+        m_containers = m_paragraphLength == 0 ? here : std::max(m_containers, here);
+        if (m_containers > kOrdinaryDepth)
+            m_cost += m_containers * inlinesOf(text) * kContainerPerInline;
+    }
+
+    void takeCells(QStringView line)
+    {
+        const qint64 pipes = line.count(u'|');
+        m_pipes += pipes;
+        if (isDelimiterRow(line)) {
+            // The last cell of each line of the paragraph above is followed back to the one before it.
+            m_cost += m_paragraphLength * (kDelimiterRowPerUnitAbove + m_pipes + m_paragraphLines);
+            m_columns = std::max(m_columns, pipes + 1);
+        } else if (m_columns > 0) {
+            const qint64 cells = pipes + 1;
+            m_cost += std::max<qint64>(m_columns - cells, 0) * kMissingCell;
+            m_cost += cells * std::max<qint64>(cells - kOrdinaryCells, 0) * kCellPerCell;
+        }
+    }
+
+    qint64 m_cost = 0;
+    qint64 m_containers = 0; // that can be open, at most
+    qint64 m_paragraphLength = 0;
+    qint64 m_paragraphLines = 0;
+    qint64 m_pipes = 0; // in the paragraph
+    qint64 m_declarations = 0;
+    qint64 m_columns = 0; // of the table that the line may belong to; 0 for none
+    Definitions m_definitions;
+};
+
 } // namespace
 
 bool isCostlyToParse(QStringView markdown)
 {
-    qint64 cost = 0;
-    qint64 containers = 0;
-    qint64 paragraphLength = 0;
-    qint64 pipes = 0;
-    qint64 declarations = 0;
+    ParsingCost cost;
     while (!markdown.isEmpty()) {
-        const QStringView line = takeLine(markdown);
-        if (std::ranges::all_of(line, isBlank)) {
-            cost += containers * kContainerPerBlankLine;
-            paragraphLength = pipes = declarations = 0;
-        } else {
-            // A line that continues a paragraph leaves open what it does not repeat.
-            const qint64 containersHere = containersOf(line);
-            containers = paragraphLength == 0 ? containersHere : std::max(containers, containersHere);
-            cost += addressCost(line);
-            // The end of a declaration is looked for up to the end of the paragraph.
-            declarations += openDeclarationsOf(line);
-            cost += declarations * line.size();
-            paragraphLength += line.size() + 1;
-            pipes += line.count(u'|');
-            if (isDelimiterRow(line))
-                cost += paragraphLength * (kDelimiterRowPerUnitAbove + pipes);
-        }
-        if (cost > kBudget)
+        cost.takeLine(takeLine(markdown));
+        if (cost.total() > kBudget)
             return true;
     }
     return false;

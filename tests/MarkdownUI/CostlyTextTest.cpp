@@ -52,11 +52,39 @@ INSTANTIATE_TEST_SUITE_P(CostlyText, CostlyShape,
                                          Shape{"InstructionsThatOtherSignsEnd", u"", u"a <?b>"},
                                          Shape{"SectionsWithoutAnEnd", u"", u"a <![CDATA["},
                                          Shape{"DeclarationsOnLinesOfTheirOwn", u"", u"a <!A\n"},
+                                         Shape{"ARowOfManyCells", u"|a|\n|-|\n", u"|"},
+                                         Shape{"ParagraphsThatEndInATable", u"", u"a\n\v-:\n"},
+                                         Shape{"MailSigns", u"", u"a@b"},
+                                         Shape{"UsesOfALongDefinition",
+                                               u"[a]: wordwordwordwordwordwordwordwordwordwordwordwordwordwordwordword"
+                                               u"wordwordwordwordwordwordwordwordwordwordwordwordwordwordwordwordword "
+                                               u"'\n[b]:\n",
+                                               u"[a]\n"},
                                          Shape{"BlankLinesInManyLists",
                                                u"- - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - "
                                                u"- - - - - - - - - - - - - - - - - a\n",
                                                u"\n"}),
                          [](const auto &row) { return std::string(row.param.name); });
+
+TEST(CostlyText, ManyLinesOrSignsInDeepContainersAre)
+{
+    for (const QString &marker : {u"> "_s, u"- "_s, u"1) "_s}) {
+        const QString deep = marker.repeated(20'000);
+        EXPECT_TRUE(isCostlyToParse(deep + u"a\n"_s.repeated(20'000))) << marker.toStdString();
+        EXPECT_TRUE(isCostlyToParse(deep + u"a*b "_s.repeated(20'000))) << marker.toStdString();
+        EXPECT_FALSE(isCostlyToParse(deep + u"a\n\n"_s + u"a*b\n"_s.repeated(20'000))) << marker.toStdString();
+    }
+}
+
+TEST(CostlyText, RowsThatHaveToBeFilledUpAre)
+{
+    const auto table = [](qsizetype columns, qsizetype rows, const QString &row) {
+        return u"|a"_s.repeated(columns) + u'\n' + u"|-"_s.repeated(columns) + u'\n' + row.repeated(rows);
+    };
+    EXPECT_TRUE(isCostlyToParse(table(1000, 5000, u"|\n"_s)));
+    EXPECT_FALSE(isCostlyToParse(table(10, 5000, u"|\n"_s)));
+    EXPECT_FALSE(isCostlyToParse(table(200, 2000, u"|1,2"_s.repeated(200) + u'\n')));
+}
 
 TEST(CostlyText, OrdinaryTextsAreNot)
 {
@@ -64,9 +92,15 @@ TEST(CostlyText, OrdinaryTextsAreNot)
     const QString code = u"```php\n"_s + u"        <?php echo \"<!-- a -->\"; ?>\n"_s.repeated(5000) + u"```\n"_s;
     const QString rules = u"title: a\n---\ntext with http://example.org/a_b_c (and more)\n"_s.repeated(5000);
     const QString quotes = u"> > quoted words\n> >\n"_s.repeated(20000);
+    const QString python =
+        u"    if rows[0]: # it's [a] \"row\"\n        call(*rows[1:], at='a@b.org') | other\n"_s.repeated(5000);
+    QString notes;
+    for (int i = 0; i < 2000; ++i)
+        notes.append(u"[%1]: https://example.org/a-page/%1 \"It's a title (%1)\"\n"_s.arg(i));
     for (const QString &text :
-         {ordinaryAnswer(1'000'000), table, code, rules, quotes, u"- "_s.repeated(100'000),
-          u">"_s.repeated(500'000) + u"\n\n"_s, QString(500'000, u'\n'), u"*"_s.repeated(1'000'000)})
+         {ordinaryAnswer(1'000'000), table, code, rules, quotes, python, u"see [1] and [2] "_s.repeated(2000) + notes,
+          u"- "_s.repeated(100'000), u">"_s.repeated(500'000) + u"\n\n"_s, QString(500'000, u'\n'),
+          u"*"_s.repeated(1'000'000)})
         EXPECT_FALSE(isCostlyToParse(text)) << text.first(40).toStdString();
 }
 
