@@ -1,0 +1,112 @@
+#include "server/ClientSocket.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace Tessaline::Server {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// What of `events` has come within `wait`, with errors and the other side's end; 0 if nothing has.
+short waitFor(int socket, short events, std::chrono::milliseconds wait)
+{
+    const Clock::time_point deadline = Clock::now() + wait;
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd asked{socket, events, 0};
+        const int count = poll(&asked, 1, static_cast<int>(std::max<long long>(0, left.count())));
+        if (count > 0)
+            return asked.revents;
+        if (count == 0 || errno != EINTR)
+            return 0;
+    }
+}
+
+} // namespace
+
+ClientSocket::ClientSocket(int socket) : m_socket(socket), m_deadline(Clock::now() + kRequestTime)
+{
+    const int yes = 1;
+    setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes); // tokens are small, and go out as they come
+}
+
+ClientSocket::~ClientSocket()
+{
+    // NOTE: closing a socket with unread bytes resets the connection, and the client may lose the answer. So the rest
+    // of a request that was refused is read, for a moment.
+    constexpr std::chrono::milliseconds kMoment{500};
+    shutdown(m_socket, SHUT_WR);
+    const Clock::time_point end = Clock::now() + kMoment;
+    while (Clock::now() < end && waitFor(m_socket, POLLIN, kMoment) != 0)
+        if (recv(m_socket, m_buffer.data(), m_buffer.size(), MSG_DONTWAIT) <= 0)
+            break;
+    close(m_socket);
+}
+
+bool ClientSocket::fill()
+{
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now());
+    const auto wait = std::min<std::chrono::milliseconds>(left, kSilence);
+    if (m_allowed == 0 || wait.count() <= 0 || waitFor(m_socket, POLLIN, wait) == 0)
+        return false;
+    const ssize_t count = recv(m_socket, m_buffer.data(), std::min(m_buffer.size(), m_allowed), 0);
+    m_position = 0;
+    m_end = count > 0 ? static_cast<size_t>(count) : 0;
+    m_allowed -= m_end;
+    return count >= 0;
+}
+
+ssize_t ClientSocket::read(char *bytes, size_t size)
+{
+    if (m_position == m_end && !fill())
+        return -1;
+    const size_t count = std::min(size, m_end - m_position);
+    std::memcpy(bytes, m_buffer.data() + m_position, count);
+    m_position += count;
+    return static_cast<ssize_t>(count);
+}
+
+ssize_t ClientSocket::write(const char *bytes, size_t size)
+{
+    for (size_t written = 0; written < size;) {
+        const ssize_t count = send(m_socket, bytes + written, size - written, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count > 0)
+            written += static_cast<size_t>(count);
+        else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            if ((waitFor(m_socket, POLLOUT, kSilence) & POLLOUT) == 0)
+                return -1;
+        } else if (errno != EINTR)
+            return -1;
+    }
+    return static_cast<ssize_t>(size);
+}
+
+void ClientSocket::beginBody()
+{
+    m_allowed = kLargestBody + kLargestHead; // a body in chunks has lines of its own
+}
+
+bool ClientSocket::isReadable() const
+{
+    return m_position < m_end || waitFor(m_socket, POLLIN, kSilence) != 0;
+}
+
+bool ClientSocket::isWritable() const
+{
+    return (waitFor(m_socket, POLLOUT, kSilence) & POLLOUT) != 0;
+}
+
+bool ClientSocket::hasGone(std::chrono::milliseconds wait) const
+{
+    return (waitFor(m_socket, POLLRDHUP, wait) & (POLLRDHUP | POLLHUP | POLLERR)) != 0;
+}
+
+} // namespace Tessaline::Server

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <thread>
+#include <vector>
+
+namespace Tessaline::Server {
+
+/// What to start.
+struct EngineCommand {
+    std::string program;                  // with its whole path
+    std::vector<std::string> arguments;   // behind the program's name
+    std::vector<std::string> environment; // NAME=value
+    /// Takes each line that it writes, on a thread of the process's own; a carriage return ends one too.
+    std::function<void(std::string_view line)> line;
+};
+
+/// A program that this one started. It is killed when this process ends, however that comes about; for that the thread
+/// that starts it must live as long as it.
+class EngineProcess
+{
+public:
+    /// Starts it. `error` says why not, if it could not.
+    EngineProcess(const EngineCommand &command, std::string &error);
+    /// Ends it: asked to first, and killed if it does not listen.
+    ~EngineProcess();
+    EngineProcess(const EngineProcess &) = delete;
+    EngineProcess &operator=(const EngineProcess &) = delete;
+
+    void terminate(); // asks it to end
+    void kill();      // does not ask
+    /// Whether it ended within this time.
+    bool waitForEnd(std::chrono::milliseconds wait);
+    /// The exit status, or 128 and the number of the signal that ended it; absent while it runs.
+    std::optional<int> status();
+
+private:
+    static constexpr std::chrono::milliseconds kGrace{2000}; // between the request to end and the kill
+
+    void signal(int number);
+    void readOutput(int output, const std::function<void(std::string_view)> &line);
+
+    pid_t m_child = -1;
+    int m_output = -1;
+    std::mutex m_mutex; // guards what follows
+    std::condition_variable m_ended;
+    std::optional<int> m_status;
+    std::thread m_reader;
+    std::thread m_waiter;
+};
+
+/// A port of this machine that nobody listens at right now.
+int freePort();
+
+} // namespace Tessaline::Server

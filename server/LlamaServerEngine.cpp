@@ -1,0 +1,208 @@
+#include "server/LlamaServerEngine.h"
+
+#include "server/HttpClient.h"
+#include "server/ModelNames.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <random>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace Tessaline::Server {
+
+namespace {
+
+using Phase = EngineState::Phase;
+
+std::string randomKey()
+{
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    constexpr int kLength = 48;
+    std::random_device random; // the system's own source
+    std::string key;
+    for (int digit = 0; digit < kLength; ++digit)
+        key += kDigits[random() % kDigits.size()];
+    return key;
+}
+
+std::vector<std::string> ownEnvironment()
+{
+    std::vector<std::string> own;
+    for (char **entry = environ; *entry; ++entry)
+        own.emplace_back(*entry);
+    return own;
+}
+
+} // namespace
+
+std::vector<std::string> llamaArguments(const Settings &settings, const std::vector<std::string> &model, int port)
+{
+    std::vector<std::string> arguments{"--host", "127.0.0.1", "--port", std::to_string(port)};
+    arguments.insert(arguments.end(), model.begin(), model.end());
+    arguments.insert(arguments.end(), {"--ctx-size", std::to_string(settings.contextTokens), "--threads",
+                                       std::to_string(settings.threads), "--no-webui"});
+    return arguments;
+}
+
+std::vector<std::string> llamaEnvironment(const std::vector<std::string> &own, const Settings &settings,
+                                          const std::string &key)
+{
+    // NOTE: the engine reads an option from each variable that begins with LLAMA_ARG_: tools, proxies, other hosts. The
+    // key goes by the environment, since every process can read the arguments of all others.
+    std::vector<std::string> environment;
+    for (const std::string &entry : own)
+        if (!entry.starts_with("LLAMA_") && !entry.starts_with("TESSALINE_"))
+            environment.push_back(entry);
+    environment.push_back("LLAMA_CACHE=" + settings.modelFolder);
+    environment.push_back("LLAMA_API_KEY=" + key);
+    return environment;
+}
+
+std::optional<int> percentageIn(std::string_view line)
+{
+    size_t end = line.rfind('%');
+    if (end == std::string_view::npos)
+        return {};
+    while (end > 0 && line[end - 1] == ' ')
+        --end;
+    const auto isDigit = [](char sign) { return sign >= '0' && sign <= '9'; };
+    size_t begin = end;
+    while (begin > 0 && (isDigit(line[begin - 1]) || line[begin - 1] == '.'))
+        --begin;
+    int percent = 0;
+    for (size_t index = begin; index < end && isDigit(line[index]) && percent <= 100; ++index)
+        percent = percent * 10 + (line[index] - '0');
+    if (begin == end || percent > 100)
+        return {};
+    return percent;
+}
+
+LlamaServerEngine::LlamaServerEngine(const Settings &settings, std::string program, StateListener listener)
+    : m_settings(settings), m_program(std::move(program)), m_state(std::move(listener))
+{
+    m_thread = std::jthread([this](const std::stop_token &stop) { supervise(stop); });
+}
+
+LlamaServerEngine::~LlamaServerEngine()
+{
+    LlamaServerEngine::end();
+}
+
+void LlamaServerEngine::supervise(const std::stop_token &stop)
+{
+    constexpr int kMostFailedStarts = 2;
+    constexpr int kMostStarts = 5;
+    constexpr std::chrono::milliseconds kInterval{100};
+
+    // 1. The model: a file of the person's own, or what the engine can fetch by itself.
+    std::error_code ignored;
+    std::filesystem::create_directories(m_settings.modelFolder, ignored);
+    std::vector<std::string> model;
+    if (const std::optional<std::string> file = modelFile(m_settings.modelFolder, m_settings.modelId))
+        model = {"--model", *file};
+    else if (const std::optional<ModelNames> names = modelNames(m_settings.modelId))
+        model = {"--hf-repo", std::string(names->repository)};
+    else
+        return m_state.set({Phase::Explained, -1,
+                            "The model “" + m_settings.modelId + "” is not known to this server. Put its file, " +
+                                m_settings.modelId + ".gguf, into " + m_settings.modelFolder +
+                                " and start Tessaline again."});
+
+    int failedStarts = 0;
+    for (int starts = 0; starts < kMostStarts && !stop.stop_requested(); ++starts) {
+        // 2. The process. Another program may take the port before it does; then the next start has another.
+        const OpenAiPeer peer{{"127.0.0.1", freePort(), {}}, randomKey(), m_settings.modelId};
+        EngineCommand command{m_program, llamaArguments(m_settings, model, peer.address.port),
+                              llamaEnvironment(ownEnvironment(), m_settings, peer.key),
+                              [this](std::string_view line) { noteLine(line); }};
+        std::string error;
+        EngineProcess process(command, error);
+        if (!error.empty())
+            return explain(error);
+        m_state.set({Phase::Loading, -1, {}});
+
+        // 3. Its life.
+        if (becomesReady(process, peer, stop)) {
+            m_state.set({Phase::Ready, -1, {}});
+            while (!stop.stop_requested() && !process.waitForEnd(kInterval)) {
+            }
+        } else if (!stop.stop_requested() && ++failedStarts == kMostFailedStarts) {
+            process.waitForEnd(kInterval);
+            const std::lock_guard guard(m_mutex);
+            error = "it ended with status " + std::to_string(process.status().value_or(0)) +
+                    (m_lastLine.empty() ? std::string() : " and said last: " + m_lastLine);
+        }
+        if (!error.empty())
+            return explain(error);
+    }
+    if (!stop.stop_requested())
+        explain("it ended again and again");
+}
+
+bool LlamaServerEngine::becomesReady(EngineProcess &process, const OpenAiPeer &peer, const std::stop_token &stop)
+{
+    constexpr std::chrono::milliseconds kInterval{50};
+    while (!stop.stop_requested() && !process.waitForEnd(kInterval)) {
+        if (httpCall(peer.address, {"/health", {}, peer.key, std::chrono::seconds(5)}, stop).status != 200)
+            continue;
+        const std::optional<int> contextTokens = openAiContextTokens(peer, stop);
+        const std::lock_guard guard(m_mutex);
+        m_peer = peer;
+        m_contextTokens = contextTokens;
+        return true;
+    }
+    return false;
+}
+
+void LlamaServerEngine::explain(const std::string &reason)
+{
+    m_state.set({Phase::Explained, -1,
+                 "The engine " + m_program + " could not be kept running: " + reason +
+                     ". "
+                     "Choose another model in the settings, or start Tessaline again when the cause is gone."});
+}
+
+void LlamaServerEngine::noteLine(std::string_view line)
+{
+    constexpr size_t kLongest = 300; // bytes that are shown
+    const std::optional<int> percent = percentageIn(line);
+    if (percent && m_state.state().phase != Phase::Ready)
+        return m_state.set({Phase::Downloading, *percent, {}});
+    const std::lock_guard guard(m_mutex);
+    m_lastLine = line.substr(0, kLongest);
+}
+
+OpenAiPeer LlamaServerEngine::peer() const
+{
+    const std::lock_guard guard(m_mutex);
+    return m_peer;
+}
+
+std::optional<int> LlamaServerEngine::contextTokens() const
+{
+    const std::lock_guard guard(m_mutex);
+    return m_contextTokens;
+}
+
+std::optional<int> LlamaServerEngine::countTokens(std::string_view text, std::stop_token stop)
+{
+    return openAiCountTokens(peer(), text, std::move(stop));
+}
+
+EngineOutcome LlamaServerEngine::generate(const EngineRequest &request, std::stop_token stop,
+                                          const TokenReceiver &token)
+{
+    return openAiGenerate(peer(), request, std::move(stop), token);
+}
+
+void LlamaServerEngine::end()
+{
+    m_thread.request_stop();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+} // namespace Tessaline::Server

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "server/Engine.h"
+#include "server/EngineProcess.h"
+#include "server/OpenAiTalk.h"
+#include "server/Settings.h"
+#include "server/StateKeeper.h"
+
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Tessaline::Server {
+
+/// llama.cpp's `llama-server` as a child of this process, on a free port and with a key for this run, which nobody else
+/// has: whatever a web page or another program sends it, it refuses. It is started anew when it dies after it was
+/// ready; when it dies before, twice, the person is told what it said last.
+class LlamaServerEngine final : public Engine
+{
+public:
+    LlamaServerEngine(const Settings &settings, std::string program, StateListener listener);
+    ~LlamaServerEngine() override;
+
+    std::string name() const override { return "llama-server (" + m_program + ")"; }
+    EngineState state() const override { return m_state.state(); }
+    std::optional<int> contextTokens() const override;
+    std::optional<int> countTokens(std::string_view text, std::stop_token stop) override;
+    EngineOutcome generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token) override;
+    void end() override;
+
+private:
+    void supervise(const std::stop_token &stop);
+    bool becomesReady(EngineProcess &process, const OpenAiPeer &peer, const std::stop_token &stop);
+    void explain(const std::string &reason);
+    void noteLine(std::string_view line);
+    OpenAiPeer peer() const;
+
+    const Settings m_settings;
+    const std::string m_program;
+    StateKeeper m_state;
+    mutable std::mutex m_mutex; // guards what follows
+    OpenAiPeer m_peer;
+    std::optional<int> m_contextTokens;
+    std::string m_lastLine; // of its output
+    std::jthread m_thread;  // last: it ends first
+};
+
+/// The arguments for `llama-server`; `model` are the words that name the model.
+std::vector<std::string> llamaArguments(const Settings &settings, const std::vector<std::string> &model, int port);
+
+/// `own` with where models are kept and the key, and without all that could turn on what is not wanted here.
+std::vector<std::string> llamaEnvironment(const std::vector<std::string> &own, const Settings &settings,
+                                          const std::string &key);
+
+/// The last percentage in a line of output, such as " 42%" or "42.5 %"; absent if there is none.
+std::optional<int> percentageIn(std::string_view line);
+
+} // namespace Tessaline::Server

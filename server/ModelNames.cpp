@@ -1,0 +1,40 @@
+#include "server/ModelNames.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace Tessaline::Server {
+
+std::optional<ModelNames> modelNames(std::string_view id)
+{
+    static constexpr std::array<ModelNames, 3> kNames{{
+        {"llama-3.2-3b-q4", "bartowski/Llama-3.2-3B-Instruct-GGUF:Q4_K_M", "llama3.2:3b"},
+        {"llama-3.1-8b-q4", "bartowski/Meta-Llama-3.1-8B-Instruct-GGUF:Q4_K_M", "llama3.1:8b"},
+        {"qwen-2.5-14b-q4", "bartowski/Qwen2.5-14B-Instruct-GGUF:Q4_K_M", "qwen2.5:14b"},
+    }};
+    const auto *const found =
+        std::find_if(kNames.begin(), kNames.end(), [id](const ModelNames &names) { return names.id == id; });
+    return found == kNames.end() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<std::string> modelFile(const std::string &folder, const std::string &id)
+{
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name == id + ".gguf")
+            return entry->path().string();
+        if (name.starts_with(id) && name.ends_with(".gguf"))
+            names.push_back(name);
+    }
+    if (names.empty())
+        return {};
+    return folder + "/" + *std::min_element(names.begin(), names.end());
+}
+
+} // namespace Tessaline::Server

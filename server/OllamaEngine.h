@@ -1,0 +1,41 @@
+#pragma once
+
+#include "server/Engine.h"
+#include "server/Settings.h"
+#include "server/StateKeeper.h"
+
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace Tessaline::Server {
+
+/// Ollama, which somebody else runs on this machine. It fetches the model if it lacks it. A model of which another
+/// machine would do the work is refused, whatever Ollama thinks of it: nothing that the person writes leaves this one.
+class OllamaEngine final : public Engine
+{
+public:
+    OllamaEngine(const Settings &settings, StateListener listener);
+
+    std::string name() const override;
+    EngineState state() const override { return m_state.state(); }
+    std::optional<int> contextTokens() const override { return {}; }
+    std::optional<int> countTokens(std::string_view, std::stop_token) override { return {}; } // it offers no tokenizer
+    EngineOutcome generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token) override;
+    void end() override;
+
+private:
+    void prepare(const std::stop_token &stop);
+    void pull(const std::stop_token &stop);
+    void explain(const std::string &reason);
+
+    const Settings m_settings;
+    const std::string m_model; // by Ollama's name
+    StateKeeper m_state;
+    std::jthread m_thread; // last: it ends first
+};
+
+/// Whether Ollama answers at this address.
+bool isOllama(const LoopbackAddress &address);
+
+} // namespace Tessaline::Server

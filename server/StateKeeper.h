@@ -1,0 +1,42 @@
+#pragma once
+
+#include "server/Engine.h"
+
+#include <mutex>
+#include <utility>
+
+namespace Tessaline::Server {
+
+/// The state of an engine, which its own thread changes and others read. A percentage of one phase never goes back.
+class StateKeeper
+{
+public:
+    explicit StateKeeper(StateListener listener) : m_listener(std::move(listener)) {}
+
+    EngineState state() const
+    {
+        const std::lock_guard guard(m_mutex);
+        return m_state;
+    }
+
+    void set(EngineState state)
+    {
+        {
+            const std::lock_guard guard(m_mutex);
+            if (state.phase == m_state.phase && state.percent < m_state.percent)
+                return;
+            if (state == m_state)
+                return;
+            m_state = state;
+        }
+        if (m_listener)
+            m_listener(state);
+    }
+
+private:
+    const StateListener m_listener;
+    mutable std::mutex m_mutex;
+    EngineState m_state;
+};
+
+} // namespace Tessaline::Server

@@ -1,0 +1,280 @@
+#include "server/HttpServer.h"
+#include "server/ClientSocket.h"
+#include "server/HttpClient.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace Tessaline::Server {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// A connection whose bytes the test writes itself.
+class RawClient
+{
+public:
+    explicit RawClient(int port) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        address.sin_port = htons(static_cast<uint16_t>(port));
+        EXPECT_EQ(connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    }
+    ~RawClient() { hangUp(); }
+    RawClient(const RawClient &) = delete;
+    RawClient &operator=(const RawClient &) = delete;
+
+    /// False if the server has closed its end.
+    bool write(std::string_view bytes) const
+    {
+        return send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+    }
+
+    /// All that comes until the server closes the connection, or until `enough` has come.
+    std::string read(std::string_view enough = {}) const
+    {
+        std::string all;
+        char bytes[4096];
+        for (ssize_t count = 0; (count = recv(m_socket, bytes, sizeof bytes, 0)) > 0;) {
+            all.append(bytes, static_cast<size_t>(count));
+            if (!enough.empty() && all.find(enough) != std::string::npos)
+                break;
+        }
+        return all;
+    }
+
+    /// Says that no more comes.
+    void endWrites() const { shutdown(m_socket, SHUT_WR); }
+
+    void hangUp()
+    {
+        if (m_socket != -1)
+            close(m_socket);
+        m_socket = -1;
+    }
+
+private:
+    int m_socket;
+};
+
+/// A server with a path for each kind of answer.
+class HttpServerTest : public testing::Test
+{
+protected:
+    HttpServerTest()
+    {
+        EXPECT_TRUE(m_server.bind(0));
+        Routes routes;
+        routes.health = [] { return Reply{200, "{}"}; };
+        routes.posts["/echo"] = [](const std::string &body, const std::stop_token &) { return Reply{200, body}; };
+        routes.posts["/throw"] = [](const std::string &, const std::stop_token &) -> Reply { throw 1; };
+        routes.posts["/wait"] = [this](const std::string &, const std::stop_token &stop) {
+            waitFor(stop);
+            return Reply{200, "{}"};
+        };
+        routes.posts["/stream"] = [this](const std::string &, const std::stop_token &stop) {
+            return EventStream([this, stop](const EventWriter &write) {
+                write("data: one\n\n");
+                waitFor(stop);
+                write("data: two\n\n");
+            });
+        };
+        m_thread = std::thread([this, routes] { m_server.run(routes); });
+    }
+
+    ~HttpServerTest() override
+    {
+        if (m_thread.joinable())
+            end();
+    }
+
+    void end()
+    {
+        m_server.stop();
+        m_thread.join();
+    }
+
+    int port() const { return m_server.port(); }
+    std::string host() const { return "Host: 127.0.0.1:" + std::to_string(port()) + "\r\n"; }
+
+    std::string answerTo(const std::string &request) const
+    {
+        const RawClient client(port());
+        client.write(request);
+        return client.read();
+    }
+
+    std::string post(const std::string &path, const std::string &body) const
+    {
+        return "POST " + path + " HTTP/1.1\r\n" + host() + "Content-Length: " + std::to_string(body.size()) +
+               "\r\n\r\n" + body;
+    }
+
+    bool isWell() const { return httpCall({"127.0.0.1", port(), {}}, {"/health", {}, {}}, {}).status == 200; }
+
+    /// Waits until the client has gone, and counts that.
+    void waitFor(const std::stop_token &stop)
+    {
+        ++m_begun;
+        while (!stop.stop_requested())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        ++m_stopped;
+    }
+
+    template <class Condition>
+    static bool comesTrue(Condition condition)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (!condition() && std::chrono::steady_clock::now() < end)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return condition();
+    }
+
+    std::atomic<int> m_begun = 0;
+    std::atomic<int> m_stopped = 0;
+
+private:
+    HttpServer m_server;
+    std::thread m_thread;
+};
+
+} // namespace
+
+TEST_F(HttpServerTest, AnswersOneRequestForEachConnection)
+{
+    const std::string answer = answerTo(post("/echo", "{\"ü\":1}") + post("/echo", "second"));
+
+    EXPECT_THAT(answer, StartsWith("HTTP/1.1 200 OK\r\n"));
+    EXPECT_THAT(answer, HasSubstr("Content-Type: application/json\r\n"));
+    EXPECT_TRUE(answer.ends_with("\r\n\r\n{\"ü\":1}")) << answer;
+}
+
+TEST_F(HttpServerTest, KeepsWebPagesAndOtherNamesOut)
+{
+    EXPECT_THAT(answerTo("GET /health HTTP/1.1\r\n" + host() + "\r\n"), StartsWith("HTTP/1.1 200"));
+    EXPECT_THAT(answerTo("GET /health HTTP/1.1\r\n" + host() + "Origin: null\r\n\r\n"), StartsWith("HTTP/1.1 403"));
+    EXPECT_THAT(answerTo("GET /health HTTP/1.1\r\nHost: evil.example:" + std::to_string(port()) + "\r\n\r\n"),
+                StartsWith("HTTP/1.1 403"));
+    EXPECT_THAT(answerTo("GET /health HTTP/1.1\r\n\r\n"), StartsWith("HTTP/1.1 403"));
+    EXPECT_THAT(answerTo("GET /health HTTP/1.0\r\n\r\n"), StartsWith("HTTP/1.1 403"));
+    EXPECT_THAT(answerTo("OPTIONS /echo HTTP/1.1\r\n" + host() + "Origin: http://x\r\n\r\n"),
+                StartsWith("HTTP/1.1 403"));
+    EXPECT_THAT(answerTo("POST /echo HTTP/1.1\r\n" + host() + "Origin: http://x\r\nContent-Length: 5\r\n\r\nhello"),
+                StartsWith("HTTP/1.1 403"));
+}
+
+TEST_F(HttpServerTest, KnowsItsPathsAndTheirMethods)
+{
+    EXPECT_THAT(answerTo("GET / HTTP/1.1\r\n" + host() + "\r\n"), StartsWith("HTTP/1.1 404"));
+    EXPECT_THAT(answerTo("GET /echo HTTP/1.1\r\n" + host() + "\r\n"), StartsWith("HTTP/1.1 405"));
+    EXPECT_THAT(answerTo(post("/health", "")), StartsWith("HTTP/1.1 405"));
+    EXPECT_THAT(answerTo("DELETE /echo HTTP/1.1\r\n" + host() + "\r\n"), StartsWith("HTTP/1.1 405"));
+    EXPECT_THAT(answerTo("NONSENSE /echo HTTP/1.1\r\n" + host() + "\r\n"), StartsWith("HTTP/1.1 400"));
+    EXPECT_THAT(answerTo("\r\n\r\n"), StartsWith("HTTP/1.1 400"));
+    EXPECT_THAT(answerTo("GET http://evil.example/ HTTP/1.1\r\n" + host() + "\r\n"), StartsWith("HTTP/1.1 4"));
+    EXPECT_TRUE(isWell());
+}
+
+TEST_F(HttpServerTest, SurvivesAnAnswerThatThrows)
+{
+    EXPECT_THAT(answerTo(post("/throw", "x")), StartsWith("HTTP/1.1 500"));
+    EXPECT_TRUE(isWell());
+}
+
+TEST_F(HttpServerTest, TakesBodiesInChunks)
+{
+    const RawClient client(port());
+    EXPECT_TRUE(client.write("POST /echo HTTP/1.1\r\n" + host() +
+                             "Transfer-Encoding: chunked\r\n\r\n2\r\nab\r\n1\r\nc\r\n0\r\n\r\n"));
+
+    EXPECT_TRUE(client.read().ends_with("\r\n\r\nabc"));
+}
+
+TEST_F(HttpServerTest, RefusesWhatIsTooLarge)
+{
+    // A head without an end is cut off; a path and a line have limits of their own.
+    const RawClient endless(port());
+    EXPECT_TRUE(endless.write("GET /health HTTP/1.1\r\n"));
+    const std::string header = "X: " + std::string(4000, 'x') + "\r\n";
+    for (size_t written = 0; written <= ClientSocket::kLargestHead && endless.write(header); written += header.size()) {
+    }
+    EXPECT_THAT(endless.read(), testing::Not(StartsWith("HTTP/1.1 200")));
+    EXPECT_THAT(answerTo("GET /" + std::string(9000, 'x') + " HTTP/1.1\r\n" + host() + "\r\n"),
+                StartsWith("HTTP/1.1 414"));
+
+    // The body's length is believed, and the body is not waited for.
+    const std::string length = std::to_string(ClientSocket::kLargestBody + 1);
+    const RawClient large(port());
+    EXPECT_TRUE(large.write("POST /echo HTTP/1.1\r\n" + host() + "Content-Length: " + length + "\r\n\r\nx"));
+    large.endWrites();
+    EXPECT_THAT(large.read(), testing::Not(StartsWith("HTTP/1.1 200")));
+    EXPECT_TRUE(isWell());
+}
+
+TEST_F(HttpServerTest, AnswersOthersWhileTwoHundredClientsSaySlowlyWhatTheyWant)
+{
+    std::vector<std::unique_ptr<RawClient>> slow;
+    for (int client = 0; client < 200; ++client) {
+        slow.push_back(std::make_unique<RawClient>(port()));
+        slow.back()->write(client % 2 == 0 ? std::string("POST /ec")
+                                           : "POST /echo HTTP/1.1\r\n" + host() + "Content-Length: 100\r\n\r\nhalf");
+    }
+
+    EXPECT_TRUE(isWell());
+    EXPECT_THAT(answerTo(post("/echo", "quick")), HasSubstr("quick"));
+
+    // One of them comes to its end after all.
+    slow.front()->write("ho HTTP/1.1\r\n" + host() + "Content-Length: 2\r\n\r\nok");
+    EXPECT_TRUE(slow.front()->read().ends_with("ok"));
+}
+
+TEST_F(HttpServerTest, TellsAnAnswerThatItsClientHasGone)
+{
+    RawClient waiting(port());
+    RawClient streaming(port());
+    waiting.write(post("/wait", "x"));
+    streaming.write(post("/stream", "x"));
+    EXPECT_THAT(streaming.read("data: one\n\n"), HasSubstr("data: one\n\n")) << "written at once";
+    ASSERT_TRUE(comesTrue([this] { return m_begun == 2; }));
+    EXPECT_EQ(m_stopped, 0);
+
+    waiting.hangUp();
+    streaming.hangUp();
+
+    EXPECT_TRUE(comesTrue([this] { return m_stopped == 2; }));
+    EXPECT_TRUE(isWell());
+}
+
+TEST_F(HttpServerTest, EndsWhatIsBeingAnsweredWhenItStops)
+{
+    const RawClient streaming(port());
+    streaming.write(post("/stream", "x"));
+    EXPECT_THAT(streaming.read("data: one\n\n"), HasSubstr("text/event-stream"));
+
+    end();
+
+    EXPECT_EQ(m_stopped, 1);
+    streaming.read(); // comes to an end
+}
+
+TEST_F(HttpServerTest, NoticesThatItsPortIsTaken)
+{
+    HttpServer second;
+
+    EXPECT_FALSE(second.bind(port()));
+}
+
+} // namespace Tessaline::Server
