@@ -139,6 +139,17 @@ TEST_F(ServerProcess, BeginsItsLogAnewWithEachStart)
     EXPECT_EQ(log().count("hello"), 1);
 }
 
+TEST_F(ServerProcess, RunsOnWhereItsLogCannotBeKept)
+{
+    m_files.write(u"data"_s, "a file where the folder should be");
+    prepare(R"({"output": [{"text": "hello"}]})");
+    m_supervisor->startServer();
+
+    EXPECT_TRUE(comesTo(u"Running"_s)) << m_supervisor->serverStatus().toStdString();
+    m_supervisor->stopServer();
+    EXPECT_EQ(m_files.read(u"data"_s), "a file where the folder should be");
+}
+
 TEST_F(ServerProcess, ThatExitsSaysItsStatus)
 {
     prepare(R"({"exit": {"code": 3}, "listenAfter": 100000})");

@@ -99,6 +99,15 @@ TEST_F(WireClientTest, WhatIsNoHttpIsATransportFailure)
 
 // --- time ---
 
+TEST(WireOptions, AllowHalfASecondForHealthTenMinutesForAStreamAndOneForABodyOf64MiB)
+{
+    const WireOptions options;
+    EXPECT_EQ(options.healthTimeout, 500ms);
+    EXPECT_EQ(options.streamTimeout, 10min);
+    EXPECT_EQ(options.bodyTimeout, 1min);
+    EXPECT_EQ(options.longestReply, 64 * 1024 * 1024);
+}
+
 TEST_F(WireClientTest, ASilentServerIsGivenUpAfterTheIdleTime)
 {
     m_options.healthTimeout = m_options.streamTimeout = m_options.bodyTimeout = 100ms;
