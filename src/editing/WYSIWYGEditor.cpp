@@ -53,6 +53,7 @@ void WYSIWYGEditor::setDocument(const std::optional<FileURL> &url, const Chunked
         return;
     if (isSameDocument && url) {
         const TextSelection selection = editable().selection();
+        editable().select(selection); // ends what is being typed: the change is a step of its own
         m_markdown.replaceFromOutside(markdown);
         editable().select(selection); // its numbers stay, not its text
     } else {

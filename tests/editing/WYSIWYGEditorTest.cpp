@@ -193,6 +193,30 @@ TEST(WYSIWYGEditor, MarkdownFromOutsideWritesNothingAndCanBeUndone)
     EXPECT_EQ(open.editCount(), 1);
 }
 
+TEST(WYSIWYGEditor, MarkdownFromOutsideThatOnlyAddsToWhatIsTypedIsAStepOfItsOwn)
+{
+    for (const QString &around : {u"%1"_s, u"```\n%1\n```"_s}) {
+        OpenFormattedEditor open(around.arg(u"plain "_s));
+        open.putCaretBehind(u"plain "_s);
+        open.type(u"typed"_s);
+        const QString typed = open.markdown();
+        open.setMarkdown(QString(typed).replace(u"typed"_s, u"typed and added"_s));
+        open.putCaretBehind(u"added"_s);
+        open.type(u" to"_s);
+        const QString all = open.markdown();
+
+        open.undo();
+        EXPECT_EQ(open.markdown(), QString(typed).replace(u"typed"_s, u"typed and added"_s));
+        open.undo();
+        EXPECT_EQ(open.markdown(), typed);
+        open.undo();
+        EXPECT_FALSE(open.markdown().contains(u"typed"_s));
+        for (int i = 0; i < 3; ++i)
+            open.redo();
+        EXPECT_EQ(open.markdown(), all);
+    }
+}
+
 TEST(WYSIWYGEditor, AnEditIsNotShownAnewWhenItsMarkdownComesBack)
 {
     OpenFormattedEditor open;
