@@ -12,9 +12,10 @@ SOURCE = Path(os.environ["TESSALINE_SOURCE"])
 BUILD = Path(os.environ["TESSALINE_BUILD"])
 VERSION = os.environ["TESSALINE_VERSION"]
 
-# Place below the prefix, and what it must be a copy of (None: the program, which is linked anew).
+# Place below the prefix, and what it must be a copy of (None: a program, which is linked anew).
 FILES = {
     "bin/tessaline": None,
+    "bin/tessaline-server": None,
     "share/applications/com.orlenth.tessaline.desktop": "packaging/com.orlenth.tessaline.desktop",
     "share/metainfo/com.orlenth.tessaline.metainfo.xml": "packaging/com.orlenth.tessaline.metainfo.xml",
     "share/icons/hicolor/scalable/apps/com.orlenth.tessaline.svg": "packaging/com.orlenth.tessaline.svg",
@@ -60,6 +61,7 @@ class Installation(unittest.TestCase):
 
         self.check_tree(prefix)
         self.check_program(prefix / "bin/tessaline")
+        self.check_program(prefix / "bin/tessaline-server")
 
     def test_the_debian_package_holds_the_same_files_and_names_its_libraries(self):
         run("cpack", "-G", "DEB", "--config", BUILD / "CPackConfig.cmake", "-B", self.folder / "deb",
@@ -72,8 +74,9 @@ class Installation(unittest.TestCase):
         run("dpkg-deb", "--extract", package, unpacked)
         self.check_tree(unpacked / "usr")
         self.check_program(unpacked / "usr/bin/tessaline")
+        self.check_program(unpacked / "usr/bin/tessaline-server")
         depends = run("dpkg-deb", "--field", package, "Depends")
-        for library in ("libc6", "libqt6core6", "libqt6widgets6"):
+        for library in ("libc6", "libqt6core6", "libqt6widgets6", r"libcpp-httplib0\.11"):
             self.assertRegex(depends, rf"(^|, ){library}\b")
         self.assertEqual(run("dpkg-deb", "--field", package, "Version").strip(), VERSION)
 
