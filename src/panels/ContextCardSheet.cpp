@@ -7,6 +7,7 @@
 
 #include <QtGui/QPainter>
 #include <QtGui/QShortcut>
+#include <QtGui/QTextDocument>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QVBoxLayout>
@@ -22,6 +23,8 @@ constexpr int kContentHeight = 180;
 constexpr int kMargin = 20;
 constexpr int kSpacing = 14;
 constexpr int kCaptionSpacing = 4;
+constexpr double kFieldRadius = 6;
+constexpr int kContentMargin = 6;
 constexpr int kTextInset = 4; // as the text below has
 
 } // namespace
@@ -61,6 +64,10 @@ ContextCardSheet::ContextCardSheet(SessionContext &context, const Theme &theme, 
     m_content->setPlainText(card.content);
     m_content->setTabChangesFocus(true);
     m_content->setFixedHeight(kContentHeight);
+    m_content->setFrameShape(QFrame::NoFrame); // the sheet draws one like those of the fields
+    m_content->viewport()->setAutoFillBackground(false);
+    m_content->document()->setDocumentMargin(kContentMargin);
+    m_content->installEventFilter(this);
     addField(u"Description"_s, m_content);
 
     auto *buttons = new QHBoxLayout;
@@ -95,9 +102,23 @@ void ContextCardSheet::store()
     m_save->setEnabled(m_context.canSaveCard());
 }
 
+bool ContextCardSheet::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        update(); // the frame shows it
+    return QDialog::eventFilter(watched, event);
+}
+
 void ContextCardSheet::paintEvent(QPaintEvent *)
 {
-    QPainter(this).fillRect(rect(), m_theme.color(ColorRole::RightColumn));
+    QPainter painter(this);
+    painter.fillRect(rect(), m_theme.color(ColorRole::RightColumn));
+    const double line = m_content->hasFocus() ? 2 : 1;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(m_theme.color(ColorRole::Field));
+    painter.setPen(QPen(m_theme.color(m_content->hasFocus() ? ColorRole::FocusRing : ColorRole::BubbleBorder), line));
+    painter.drawRoundedRect(QRectF(m_content->geometry()).adjusted(line / 2, line / 2, -line / 2, -line / 2),
+                            kFieldRadius, kFieldRadius);
 }
 
 } // namespace Tessaline

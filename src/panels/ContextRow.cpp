@@ -15,6 +15,8 @@ namespace Tessaline {
 
 namespace {
 
+using namespace Qt::StringLiterals;
+
 constexpr double kRowRadius = 8;
 constexpr int kRowPadding = 10;
 constexpr int kRowSpacing = 2;
@@ -24,6 +26,7 @@ constexpr double kBorderOpacity = 0.15; // of the secondary colour
 
 constexpr double kChipTextSize = 12;
 constexpr double kPlusSize = 10;
+constexpr double kPlusOutline = 15; // with the air around it
 constexpr int kChipSidePadding = 12;
 constexpr int kChipVerticalPadding = 6;
 constexpr int kChipSpacing = 6;
@@ -100,19 +103,21 @@ void ContextRow::paintEvent(QPaintEvent *)
         drawLine(subtitleFont(), ColorRole::SecondaryText, m_subtitle);
 }
 
-SuggestionChip::SuggestionChip(const Theme &theme, const QString &topic, QWidget *parent) : PlainButton(theme, parent)
+SuggestionChip::SuggestionChip(const Theme &theme, const QString &topic, QWidget *parent)
+    : PlainButton(theme, parent), m_topic(Label::singleLine(topic))
 {
-    setText(Label::singleLine(topic));
+    setText(QString(m_topic).replace(u'&', "&&"_L1)); // no shortcut
+    setAccessibleName(m_topic);
     setFont(Fonts::interface(kChipTextSize));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setCornerRadius(sizeHint().height() / 2.0);
-    setHelp(text());
+    setHelp(m_topic);
 }
 
 QSize SuggestionChip::sizeHint() const
 {
     const int text =
-        std::min(static_cast<int>(std::ceil(QFontMetricsF(font()).horizontalAdvance(this->text()))), kWidestChipText);
+        std::min(static_cast<int>(std::ceil(QFontMetricsF(font()).horizontalAdvance(m_topic))), kWidestChipText);
     return {2 * kChipSidePadding + static_cast<int>(kPlusSize) + kChipSpacing + text,
             2 * kChipVerticalPadding + lineHeight(font())};
 }
@@ -122,13 +127,13 @@ void SuggestionChip::paintEvent(QPaintEvent *)
     QPainter painter(this);
     drawCard(painter, rect(), height() / 2.0, theme(), stateTone());
     const QColor color = theme().color(ColorRole::Text);
-    Symbols::draw(painter, u"plus", QRectF(kChipSidePadding, 0, kPlusSize, height()), kPlusSize, color);
+    Symbols::draw(painter, u"plus", QRectF(kChipSidePadding, 0, kPlusSize, height()), kPlusOutline, color);
     const QRect box =
         rect().adjusted(kChipSidePadding + static_cast<int>(kPlusSize) + kChipSpacing, 0, -kChipSidePadding, 0);
     painter.setFont(font());
     painter.setPen(color);
-    painter.drawText(box, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextHideMnemonic,
-                     QFontMetricsF(font()).elidedText(text(), Qt::ElideRight, box.width() + 1));
+    painter.drawText(box, Qt::AlignLeft | Qt::AlignVCenter,
+                     QFontMetricsF(font()).elidedText(m_topic, Qt::ElideRight, box.width() + 1));
 }
 
 } // namespace Tessaline

@@ -35,6 +35,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    QString m_topic;
 };
 
 } // namespace Tessaline

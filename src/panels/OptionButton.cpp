@@ -13,6 +13,8 @@ namespace Tessaline {
 
 namespace {
 
+using namespace Qt::StringLiterals;
+
 constexpr int kHeight = 28;
 constexpr int kSidePadding = 6;
 constexpr double kSymbolSize = 13;
@@ -67,9 +69,10 @@ void OptionButton::paintEvent(QPaintEvent *)
 }
 
 ConceptOption::ConceptOption(const Theme &theme, const QString &title, const QString &subtitle, QWidget *parent)
-    : PlainButton(theme, parent), m_subtitle(Label::singleLine(subtitle))
+    : PlainButton(theme, parent), m_title(Label::singleLine(title)), m_subtitle(Label::singleLine(subtitle))
 {
-    setText(Label::singleLine(title));
+    setText(QString(m_title).replace(u'&', "&&"_L1)); // no shortcut
+    setAccessibleName(m_title);
     setCornerRadius(kOptionRadius);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setAccessibleDescription(m_subtitle);
@@ -96,11 +99,11 @@ void ConceptOption::paintEvent(QPaintEvent *)
         line.setHeight(lineHeight(font));
         painter.setFont(font);
         painter.setPen(theme().color(role));
-        painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextHideMnemonic,
+        painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter,
                          QFontMetricsF(font).elidedText(words, Qt::ElideRight, line.width()));
         line.translate(0, line.height());
     };
-    drawLine(titleFont(), ColorRole::Text, text());
+    drawLine(titleFont(), ColorRole::Text, m_title);
     drawLine(subtitleFont(), ColorRole::SecondaryText, m_subtitle);
 }
 

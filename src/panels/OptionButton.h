@@ -33,6 +33,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    QString m_title;
     QString m_subtitle;
 };
 

@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 using Kind = ChatInputState::SendButton;
 
 constexpr double kReturnSize = 10;
-constexpr double kStopSize = 9;
+constexpr double kStopSize = 15;       // of the outline; the square in it is 9 wide
 constexpr double kBorderOpacity = 0.2; // of the accent
 constexpr int kProgressSide = ProgressIndicator::kSide * 6 / 10;
 

@@ -278,6 +278,8 @@ void SessionContextView::updateDuplicateAlert()
     m_alert->setTextFormat(Qt::PlainText);
     m_alert->setText(title);
     m_alert->setInformativeText(m_context.duplicateMessage());
+    if (auto *heading = m_alert->findChild<QLabel *>(u"qt_msgbox_label"_s))
+        heading->setFont(Fonts::interface(Fonts::kInterfaceSize, QFont::DemiBold));
     // Made with the text; its own format would take a name for markup.
     if (auto *body = m_alert->findChild<QLabel *>(u"qt_msgbox_informativelabel"_s))
         body->setTextFormat(Qt::PlainText);

@@ -87,7 +87,7 @@ protected:
     static QAbstractButton *button(const QWidget &place, const QString &text)
     {
         for (QAbstractButton *each : visible<QAbstractButton>(place))
-            if (each->text() == text || (each->text().isEmpty() && each->accessibleName() == text))
+            if (each->text() == text || each->accessibleName() == text)
                 return each;
         ADD_FAILURE() << "no button " << text.toStdString();
         return nullptr;
@@ -95,7 +95,7 @@ protected:
     static bool hasButton(const QWidget &place, const QString &text)
     {
         for (const QAbstractButton *each : visible<QAbstractButton>(place))
-            if (each->text() == text)
+            if (each->text() == text || each->accessibleName() == text)
                 return true;
         return false;
     }

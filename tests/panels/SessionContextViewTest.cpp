@@ -3,6 +3,7 @@
 #include "panels/AddContextPopover.h"
 #include "panels/ContextCardSheet.h"
 #include "panels/ContextRow.h"
+#include "panels/OptionButton.h"
 #include "panels/Popover.h"
 #include "tests/panels/PanelsViewsFixture.h"
 
@@ -75,6 +76,19 @@ TEST_F(SessionContextViewTest, ItShowsAPlaceholderThenChipsAndRowsAsTheyComeAndG
     m_ai->setSuggestedContexts({});
     EXPECT_FALSE(texts(view()).contains(u"Suggestions:"_s));
     EXPECT_TRUE(texts(view()).contains(u"No Session Context"_s));
+}
+
+TEST_F(SessionContextViewTest, ATopicWithAnAmpersandIsNoShortcut)
+{
+    show();
+    m_ai->setSuggestedContexts({u"R&D budget"_s});
+    ASSERT_EQ(visible<SuggestionChip>(view()).size(), 1);
+    const SuggestionChip &chip = *visible<SuggestionChip>(view())[0];
+    EXPECT_EQ(chip.accessibleName(), u"R&D budget"_s);
+    EXPECT_TRUE(chip.shortcut().isEmpty());
+    const ConceptOption option(dressingTheme(), u"R&D"_s, u"A department"_s);
+    EXPECT_EQ(option.accessibleName(), u"R&D"_s);
+    EXPECT_TRUE(option.shortcut().isEmpty());
 }
 
 TEST_F(SessionContextViewTest, ThePopoverOpensByKeyTakesATopicAndGivesTheFocusBack)
