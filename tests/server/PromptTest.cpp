@@ -1,7 +1,6 @@
 #include "server/Prompt.h"
 #include "server/EditGuard.h"
 #include "server/SystemText.h"
-#include "tests/support/TemporaryFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
