@@ -59,8 +59,9 @@ LineStart startOf(QStringView line)
         } else if (sign == u'>') {
             ++start.markers;
         } else if (QStringView(u"-+*.)").contains(sign)) {
-            if (start.length + 1 == line.size() || isBlank(line.at(start.length + 1)))
-                ++start.markers;
+            if (start.length + 1 < line.size() && !isBlank(line.at(start.length + 1)))
+                break;
+            ++start.markers;
         } else if (sign < u'0' || sign > u'9') {
             break;
         }
@@ -71,7 +72,7 @@ LineStart startOf(QStringView line)
 /// At most this many pieces become of the text of a line.
 qint64 inlinesOf(QStringView text)
 {
-    const auto isSpecial = [](QChar sign) { return QStringView(u"*_`[]!<&\\:w~|@").contains(sign); };
+    const auto isSpecial = [](QChar sign) { return QStringView(u"*_`[]!<&\\:w~|@\"'-.").contains(sign); };
     return 2 + 2 * std::ranges::count_if(text, isSpecial);
 }
 

@@ -72,6 +72,7 @@ TEST(CostlyText, ManyLinesOrSignsInDeepContainersAre)
         const QString deep = marker.repeated(20'000);
         EXPECT_TRUE(isCostlyToParse(deep + u"a\n"_s.repeated(20'000))) << marker.toStdString();
         EXPECT_TRUE(isCostlyToParse(deep + u"a*b "_s.repeated(20'000))) << marker.toStdString();
+        EXPECT_TRUE(isCostlyToParse(deep + u"-.\"b"_s.repeated(20'000))) << marker.toStdString();
         EXPECT_FALSE(isCostlyToParse(deep + u"a\n\n"_s + u"a*b\n"_s.repeated(20'000))) << marker.toStdString();
     }
 }
