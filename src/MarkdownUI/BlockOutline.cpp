@@ -139,7 +139,7 @@ private:
             const bool isEmpty = container.firstLeaf == static_cast<qsizetype>(m_outline.leaves.size());
             if (isEmpty && std::holds_alternative<ItemPlace>(container.kind)) {
                 const QFont font = fontOf(frame.attributes.fontProperties.value_or(FontProperties()));
-                addLeaf(EmptyLeaf{TextEstimate(font).rowHeight()}, frame.closes, {});
+                addLeaf(EmptyLeaf{TextEstimate::rowHeightOf(font)}, frame.closes, {});
             }
             m_outline.containers[static_cast<size_t>(frame.closes)].lastLeaf =
                 static_cast<qsizetype>(m_outline.leaves.size()) - 1;

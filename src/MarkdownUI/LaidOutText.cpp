@@ -13,8 +13,25 @@ using Tessaline::TextRange;
 
 namespace {
 
+constexpr qsizetype kEndlessWord = 1000; // units
 constexpr double kGroundRadius = 3;
 constexpr double kGroundMargin = 2; // by which the ground of inline code is wider than its text, on both sides
+
+/// Whether the text has a word so long that looking for its end in each row would take for ever. Signs of scripts that
+/// are written without blanks count as words of their own.
+bool hasEndlessWord(QStringView text)
+{
+    constexpr char16_t kFirstIdeographic = 0x2E80;
+    constexpr char16_t kLastIdeographic = 0xD7FF;
+    qsizetype length = 0;
+    for (const QChar sign : text) {
+        const bool isIdeographic = sign >= kFirstIdeographic && sign <= kLastIdeographic;
+        length = isIdeographic || sign.isSpace() ? 0 : length + 1;
+        if (length > kEndlessWord)
+            return true;
+    }
+    return false;
+}
 
 } // namespace
 
@@ -52,7 +69,8 @@ LaidOutText::LaidOutText(StyledText text)
 void LaidOutText::layOut(double width, Alignment alignment)
 {
     QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setWrapMode(hasEndlessWord(m_styled.text) ? QTextOption::WrapAnywhere
+                                                     : QTextOption::WrapAtWordBoundaryOrAnywhere);
     option.setTextDirection(m_isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     const bool isOnTheRight = (alignment == Alignment::Trailing) != m_isRightToLeft;
     option.setAlignment(alignment == Alignment::Center ? Qt::AlignHCenter
@@ -120,9 +138,15 @@ void LaidOutText::paintGrounds(QPainter &painter, QPointF origin) const
     painter.setPen(Qt::NoPen);
     for (const StyledText::Ground &ground : m_styled.grounds) {
         painter.setBrush(ground.color);
-        for (const QRectF &rect : rects(ground.range))
+        for (QRectF rect : rects(ground.range)) {
+            // As high as its letters, not as the row, which a larger font beside it can make much higher.
+            const QTextLine row = m_layout->lineAt(lineAtY(rect.top()));
+            const double baseline = row.y() + row.ascent();
+            rect.setTop(std::floor(baseline - ground.ascent));
+            rect.setBottom(std::ceil(baseline + ground.descent));
             painter.drawRoundedRect(rect.translated(origin).adjusted(-kGroundMargin, 0, kGroundMargin, 0),
                                     kGroundRadius, kGroundRadius);
+        }
     }
     painter.restore();
 }

@@ -310,7 +310,7 @@ bool MarkdownView::viewportEvent(QEvent *event)
             return true;
         }
         const BlockTarget target = m_display->target(place);
-        const QString text = target.kind == BlockTarget::Kind::Link ? target.url.toString() : target.name;
+        const QString text = target.kind == BlockTarget::Kind::Link ? shownTarget(target.url) : target.name;
         QToolTip::showText(help->globalPos(), Tessaline::plainToolTip(text), viewport());
         return true;
     }

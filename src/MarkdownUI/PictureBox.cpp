@@ -65,6 +65,23 @@ void PictureBox::layOut(int width)
     m_height = static_cast<int>(std::ceil(frames.size.height()));
 }
 
+/// The image in a size that the painter can bring to the frame without leaving pixels out: at most twice as large.
+const QImage &PictureBox::imageFor(const Item &item, double pixelRatio)
+{
+    const QImage &image = item.picture.image;
+    int reduction = 1;
+    while (image.width() >= 2 * reduction * item.frame.width() * pixelRatio && image.width() >= 2 * reduction)
+        reduction *= 2;
+    if (reduction == 1)
+        return image;
+    if (item.reduction != reduction) {
+        const QSize size(image.width() / reduction, std::max(image.height() / reduction, 1));
+        item.reduced = image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        item.reduction = reduction;
+    }
+    return item.reduced;
+}
+
 void PictureBox::paint(QPainter &painter, QPointF origin, const BoxPaint &paint) const
 {
     painter.save();
@@ -86,7 +103,7 @@ void PictureBox::paint(QPainter &painter, QPointF origin, const BoxPaint &paint)
                               paint.clip);
             continue;
         }
-        painter.drawImage(frame, item.picture.image);
+        painter.drawImage(frame, imageFor(item, painter.device()->devicePixelRatio()));
         const bool isSelected = paint.selection.location <= item.range.location &&
                                 paint.selection.end() >= item.range.end() && !paint.selection.isEmpty();
         if (isSelected)

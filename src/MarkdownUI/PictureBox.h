@@ -43,8 +43,11 @@ private:
         std::unique_ptr<LaidOutText> label; // only without an image
         Tessaline::TextRange range;         // of the alternative text
         QRectF frame;
+        mutable QImage reduced; // the image by `reduction`, made when it is needed
+        mutable int reduction = 1;
     };
 
+    static const QImage &imageFor(const Item &item, double pixelRatio);
     QSizeF measure(Item &item, std::optional<double> proposedWidth) const;
     const Item *itemAt(qsizetype position) const;
 

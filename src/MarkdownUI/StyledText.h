@@ -29,6 +29,8 @@ struct StyledText {
     struct Ground {
         Tessaline::TextRange range;
         QColor color;
+        double ascent = 0; // of the range's own font, points
+        double descent = 0;
     };
 
     /// What is laid out at the place of a picture: a sign that rows may be broken before and behind.

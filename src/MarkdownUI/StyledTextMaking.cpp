@@ -97,8 +97,13 @@ StyledText styledText(const AttributedString &text, const MarkdownUIAttributes &
             continue;
         range.format = formatOf(run.attributes, scheme);
         styled.formats.append(range);
-        if (run.attributes.backgroundColor && run.attributes.backgroundColor != around.backgroundColor)
-            styled.grounds.append({{run.location, run.length}, colorOf(*run.attributes.backgroundColor, scheme)});
+        if (run.attributes.backgroundColor && run.attributes.backgroundColor != around.backgroundColor) {
+            const QFontMetricsF metrics(range.format.font());
+            styled.grounds.append({{run.location, run.length},
+                                   colorOf(*run.attributes.backgroundColor, scheme),
+                                   metrics.ascent(),
+                                   metrics.descent()});
+        }
     }
     return styled;
 }

@@ -20,7 +20,12 @@ TextEstimate::TextEstimate(const QFont &font)
         m_advances[i] = i < ' ' ? 0 : metrics.horizontalAdvance(QChar(static_cast<char16_t>(i)));
     m_em = font.pixelSize();
     m_average = width(kRunningText) / static_cast<double>(kRunningText.size());
-    m_rowHeight = static_cast<int>(std::ceil(metrics.height()));
+    m_rowHeight = rowHeightOf(font);
+}
+
+int TextEstimate::rowHeightOf(const QFont &font)
+{
+    return static_cast<int>(std::ceil(QFontMetricsF(font).height()));
 }
 
 double TextEstimate::advance(QChar character) const

@@ -17,6 +17,7 @@ public:
     double width(QStringView text) const; // in one row
     double longestWord(QStringView text) const;
     int rowHeight() const { return m_rowHeight; }
+    static int rowHeightOf(const QFont &font); // the same without the rest
     /// The height of text of `length` units wrapped to a width.
     int height(qsizetype length, int width, int lineSpacing) const;
 

@@ -1,10 +1,17 @@
+#include "MarkdownUI/PictureBox.h"
+#include "MarkdownUI/PictureStore.h"
 #include "MarkdownUI/TableColumns.h"
 #include "MarkdownUI/TextBox.h"
 #include "tests/MarkdownUI_ui/ShownMarkdown.h"
+#include "tests/support/Waiting.h"
+
+#include <QtGui/QPainter>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
+#include <vector>
 
 // Where blocks stand.
 
@@ -215,6 +222,47 @@ TEST(BlockLayout, AnImageKeepsItsSizeOrIsScaledDownToFit)
     ASSERT_EQ(pictures.size(), 2);
     EXPECT_EQ(pictures.at(0).height(), 40);
     EXPECT_EQ(pictures.at(1).height(), 100) << "half as wide, half as high";
+}
+
+TEST(BlockLayout, AnImageThatIsScaledDownLeavesNoPixelOut)
+{
+    Picture picture;
+    picture.image = QImage(800, 8, QImage::Format_RGB32);
+    picture.image.fill(Qt::black);
+    for (int x = 0; x < picture.image.width(); x += 16)
+        for (int y = 0; y < picture.image.height(); ++y)
+            picture.image.setPixelColor(x, y, Qt::white);
+    picture.idealSize = picture.image.size();
+    std::vector<Picture> pictures;
+    pictures.push_back(std::move(picture));
+    PictureBox box(std::move(pictures), 4, Qt::white, Qt::black);
+    box.layOut(100);
+
+    QImage shown(100, 1, QImage::Format_RGB32);
+    QPainter painter(&shown);
+    box.paint(painter, {0, 0}, {});
+    painter.end();
+    for (int x = 2; x < 98; x += 2)
+        EXPECT_GT(qGray(shown.pixel(x, 0)) + qGray(shown.pixel(x + 1, 0)), 10) << x << ": each line leaves its mark";
+}
+
+TEST(BlockLayout, PicturesBeyondTheMemoryOfADisplayAreNotShown)
+{
+    Gallery::SampleImages images;
+    DisplayEnvironment environment;
+    environment.imageLoader = &images;
+    PictureStore store(environment, nullptr, 100 * 40 * 4);
+    const QString fits = u"https://gallery.invalid/100x40"_s;
+    const QString tooMuch = u"https://gallery.invalid/10x10"_s;
+    int changes = 0;
+    QObject::connect(&store, &PictureStore::changed, [&changes] { ++changes; });
+
+    store.state(fits);
+    EXPECT_TRUE(Tessaline::eventually([&] { return !store.image(fits).isNull(); }));
+    store.state(tooMuch);
+    EXPECT_TRUE(Tessaline::eventually([&] { return changes == 2; }));
+    EXPECT_TRUE(store.image(tooMuch).isNull());
+    EXPECT_FALSE(store.image(fits).isNull());
 }
 
 TEST(BlockLayout, ImagesFlowInRowsAndABreakBeginsANewOne)

@@ -258,6 +258,13 @@ TEST(MarkdownView, OnlyWebAndMailAddressesAreOpenedWithoutAQuestion)
     EXPECT_EQ(opened.last(), u"file:///etc/passwd");
 }
 
+TEST(MarkdownView, ATargetIsShownWithoutSignsThatTurnItAround)
+{
+    EXPECT_EQ(shownTarget(QUrl(u"https://a.example/%E2%80%AEgpj.exe"_s)), u"https://a.example/%E2%80%AEgpj.exe");
+    EXPECT_EQ(shownTarget(QUrl(u"https://a.example/\u2067b%E2%80%8Bc"_s)), u"https://a.example/%E2%81%A7b%E2%80%8Bc");
+    EXPECT_EQ(shownTarget(QUrl(u"https://a.example/%C3%BCber"_s)), u"https://a.example/über");
+}
+
 TEST(MarkdownView, TheContextMenuOffersWhatCanBeDone)
 {
     OpenView open(kTwoLinks);
