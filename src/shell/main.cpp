@@ -46,6 +46,10 @@ namespace {
 // The icon takes as long to draw as the whole window, so it comes when the first picture is there.
 constexpr std::chrono::milliseconds kIconDelay{300}; // Source: chosen here; nobody looks at the task bar that early.
 
+// A key that was pressed before a signal to end can be on its way still: a thread of its own reads what the display
+// sends.
+constexpr std::chrono::milliseconds kLastKeys{50}; // Source: chosen here; what a loaded machine needs to deliver a key.
+
 // Without its bus a desktop offers no accessibility, so one that is merely slow is given a moment. A sound one answers
 // at once. Source: chosen here.
 constexpr std::chrono::milliseconds kBusPatience{250};
@@ -139,13 +143,16 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
     Assistant lifecycle(assistant);
     AppDelegate delegate({store, &lifecycle, [&appearance] { appearance.apply(); }});
     const auto terminate = [&] {
-        instance.stopListening(); // a new start waits for this process to end instead of being sent here
         window.hide();
         delegate.applicationShouldTerminate();
     };
     TerminationSignals signals;
-    QObject::connect(&signals, &TerminationSignals::terminationRequested, &delegate, terminate);
+    QObject::connect(&signals, &TerminationSignals::terminationRequested, &delegate,
+                     [&] { QTimer::singleShot(kLastKeys, &delegate, terminate); });
     QObject::connect(&window, &MainWindow::closeRequested, &delegate, terminate);
+    // From here on a new start waits for this process to end instead of being sent to it.
+    QObject::connect(&signals, &TerminationSignals::terminationRequested, &instance, &SingleInstance::stopListening);
+    QObject::connect(&window, &MainWindow::closeRequested, &instance, &SingleInstance::stopListening);
     QObject::connect(&delegate, &AppDelegate::terminationReady, &application, [] { QCoreApplication::exit(0); });
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &store, [&](QSessionManager &) {
         waitFor(store.flushAll()); // the desktop may end the process as soon as this returns
