@@ -48,6 +48,26 @@ class Assistant(AssistantTest):
 
                 self.expect_nothing_left(process)
 
+    def test_an_end_during_an_answer_keeps_what_has_come_and_a_crash_the_question(self):
+        question, begun = ("user", "Is it?"), ("assistant", "Yes, it")
+        ends = {"a.md": (lambda: self.assertEqual(self.application.quit(), 0), [question, begun]),
+                "b.md": (lambda: self.application.quit(signal.SIGSEGV), [question])}
+        for name, (end, kept) in ends.items():
+            with self.subTest(name):
+                path = self.write(name, b"text\n")
+                self.open_files(path)
+                self.replies(chat=answer("Yes, it", self.pause_at("end")))
+                self.start_ready()
+                self.ask("Is it?")
+                wait_until(lambda: self.answer_text() == "Yes, it", "the answer has begun", 20)
+                process = self.server()["pid"]
+
+                end()
+
+                self.expect_nothing_left(process)
+                self.assertEqual(self.kept_messages(path), kept)
+                (self.record / "process.json").unlink()
+
     def test_a_server_that_takes_its_time_to_end_is_waited_for(self):
         self.script(linger=1000)
         self.start()
