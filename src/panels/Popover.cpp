@@ -1,10 +1,12 @@
 #include "panels/Popover.h"
 
+#include "foundation_ui/Contrast.h"
 #include "foundation_ui/Theme.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
+#include <QtGui/QPainterPath>
 #include <QtGui/QScreen>
 #include <QtWidgets/QAccessibleWidget>
 #include <QtWidgets/QVBoxLayout>
@@ -78,9 +80,19 @@ void Popover::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(m_theme.color(ColorRole::BubbleBorder));
-    painter.setBrush(m_theme.color(ColorRole::Control));
+    const QColor ground = m_theme.color(ColorRole::Control);
+    painter.setPen(composed(m_theme.color(ColorRole::BubbleBorder), ground)); // nothing is below the window
+    painter.setBrush(ground);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+}
+
+void Popover::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    // Where the desktop does not compose windows, their corners would be black.
+    QPainterPath outline;
+    outline.addRoundedRect(QRectF(rect()), kRadius, kRadius);
+    setMask(QRegion(outline.toFillPolygon().toPolygon()));
 }
 
 void Popover::keyPressEvent(QKeyEvent *event)
