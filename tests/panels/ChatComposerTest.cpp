@@ -155,6 +155,22 @@ TEST_F(ChatComposerTest, TheProjectIsSearchedForExcerptsAndTheStatusSaysSo)
     EXPECT_EQ(request[u"workspace_context_items"_s][0][u"name"_s], u"whales.md"_s);
 }
 
+TEST_F(ChatComposerTest, WithoutAnActiveFileAQuestionGoesOutWithoutADocumentAndTheStatusGoesByTheProject)
+{
+    serve(R"({"replies":{"/v1/chat/completions":[{"steps":[{"token":"Yes."}]}]}})");
+    send(u"And?"_s, std::nullopt);
+    EXPECT_EQ(m_ai->contextStatus(), u"Preparing context…"_s);
+    ASSERT_TRUE(isAnswered());
+    send(u"And?"_s, std::nullopt, ProjectReference{m_files.url(u"project"_s)});
+    EXPECT_EQ(m_ai->contextStatus(), u"Finding relevant project context…"_s);
+    ASSERT_TRUE(isAnswered());
+    for (const qsizetype index : {0, 1}) {
+        const QJsonObject request = QJsonDocument::fromJson(body(kChat, index)).object();
+        EXPECT_EQ(request[u"prompt"_s], u"And?"_s);
+        EXPECT_FALSE(request.contains(u"file_content"_s));
+    }
+}
+
 TEST_F(ChatComposerTest, ADocumentThatCannotBeReadIsLeftOut)
 {
     serve(R"({"replies":{"/v1/chat/completions":[{"steps":[{"token":"Yes."}]}]}})");
