@@ -2,6 +2,7 @@
 #include "MarkdownUI/PictureStore.h"
 #include "MarkdownUI/TableColumns.h"
 #include "MarkdownUI/TextBox.h"
+#include "MarkdownUI/TextFonts.h"
 #include "tests/MarkdownUI_ui/ShownMarkdown.h"
 #include "tests/support/Waiting.h"
 
@@ -107,6 +108,30 @@ TEST(BlockLayout, NumbersShareOneWidthAndGrowWithTheWidest)
     EXPECT_GT(markers.at(2).width(), markers.at(0).width());
     EXPECT_EQ(markers.at(2).width(), markers.at(4).width());
     EXPECT_EQ(shown.lines(u"marker"_s).at(1).section(u' ', 3), u"10.");
+}
+
+TEST(BlockLayout, NumbersAlignOnTheRight)
+{
+    const auto rightmostInk = [](const QString &number) {
+        ListMarker marker;
+        marker.sign = NumberSign{number};
+        marker.font = fontOf({});
+        marker.color = Qt::black;
+        marker.width = 40;
+        QImage image(60, 30, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        marker.paint(painter, 4, 20);
+        painter.end();
+        for (int x = image.width() - 1; x >= 0; --x)
+            for (int y = 0; y < image.height(); ++y)
+                if (image.pixelColor(x, y) != QColor(Qt::white))
+                    return x;
+        return -1;
+    };
+
+    EXPECT_GT(rightmostInk(u"9."_s), 30);
+    EXPECT_EQ(rightmostInk(u"9."_s), rightmostInk(u"10."_s));
 }
 
 TEST(BlockLayout, AnEmptyItemKeepsItsPlace)
