@@ -98,10 +98,11 @@ void Popover::resizeEvent(QResizeEvent *event)
 void Popover::keyPressEvent(QKeyEvent *event)
 {
     QWidget *typedInto = parentWidget()->window()->focusWidget();
-    if (focusWidget() || !typedInto || event->matches(QKeySequence::Cancel))
-        QWidget::keyPressEvent(event);
-    else
+    const bool isTyping = !focusWidget() && typedInto && typedInto->testAttribute(Qt::WA_InputMethodEnabled);
+    if (isTyping && !event->matches(QKeySequence::Cancel))
         QCoreApplication::sendEvent(typedInto, event);
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void Popover::hideEvent(QHideEvent *event)

@@ -8,7 +8,7 @@ class Theme;
 
 /// A small window that hangs from a control. It closes at a click beside it and at Esc, and the focus goes back to
 /// where it was. It may open while the person types: until something in it has the focus, what is typed goes on to
-/// where it went before, but for Tab, which goes in, and Esc.
+/// the text where it went before, but for Tab, which goes in, and Esc.
 class Popover final : public QWidget
 {
     Q_OBJECT
