@@ -5,6 +5,13 @@
 
 #include <utility>
 
+#include <fcntl.h>
+#ifdef Q_OS_LINUX
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#endif
+
 namespace Tessaline {
 
 namespace {
@@ -21,6 +28,23 @@ const WireFailure kStopped{Kind::Stopped, -1, QString()};
 WireFailure transportFailure(const QString &description)
 {
     return {Kind::Transport, -1, description};
+}
+
+/// Whether the other side has broken the connection off (RST) instead of closing it.
+///
+/// WORKAROUND: QTcpSocket of Qt 6.4 tells both as an ordinary end, and a reply without a length ends with the
+/// connection: what had arrived of it would pass for the whole.
+bool isBrokenOff(const Descriptor &connection)
+{
+#ifdef Q_OS_LINUX
+    tcp_info info = {};
+    socklen_t size = sizeof info;
+    return connection.isOpen() && getsockopt(connection.number(), IPPROTO_TCP, TCP_INFO, &info, &size) == 0 &&
+           info.tcpi_state == TCP_CLOSE; // one that was closed waits for this side to close it too
+#else
+    Q_UNUSED(connection);
+    return false;
+#endif
 }
 
 } // namespace
@@ -51,6 +75,7 @@ HttpExchange::~HttpExchange()
 void HttpExchange::send()
 {
     m_wasConnected = true;
+    m_connection = Descriptor(fcntl(static_cast<int>(m_socket.socketDescriptor()), F_DUPFD_CLOEXEC, 0));
     const QByteArray body = std::exchange(m_request.body, {});
     QByteArray head = m_request.method + ' ' + m_request.path +
                       " HTTP/1.1\r\nHost: 127.0.0.1:" + QByteArray::number(m_request.address.port) +
@@ -118,7 +143,8 @@ void HttpExchange::connectionEnded()
     m_isReading = true;
     std::optional<End> result = read();
     if (!result && !m_isStopped) {
-        m_reply.finish();
+        if (!isBrokenOff(m_connection))
+            m_reply.finish();
         if (m_reply.isComplete()) {
             m_reader->finish();
             result = std::monostate();
@@ -139,6 +165,7 @@ void HttpExchange::end(End result)
     m_end = std::move(result);
     m_idle.stop();
     m_socket.abort();
+    m_connection.close();
     // The last thing: who waits goes on in here.
     if (const std::coroutine_handle<> waiting = std::exchange(m_waiting, nullptr))
         waiting.resume();

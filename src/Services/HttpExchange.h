@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/Descriptor.h"
 #include "Services/HttpReplyParser.h"
 #include "Services/ServerAddress.h"
 #include "Services/WireResult.h"
@@ -83,6 +84,7 @@ private:
     Request m_request; // its body goes as soon as it is handed to the connection
     std::shared_ptr<BodyReader> m_reader;
     QTcpSocket m_socket;
+    Descriptor m_connection; // the same connection once more: the socket lets go of it before it tells of its end
     QTimer m_idle;
     HttpReplyParser m_reply;
     bool m_wasConnected = false;

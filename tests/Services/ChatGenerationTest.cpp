@@ -395,6 +395,18 @@ TEST_F(ChatGenerationTest, AConnectionThatBreaksHalfWayTakesThePartialAnswerWith
     EXPECT_EQ(status(), u"as it was"_s);
 }
 
+TEST_F(ChatGenerationTest, AConnectionThatIsResetIsAFailedOneAlsoWhereItsEndWouldHaveBeenTheAnswers)
+{
+    serve(chatScript(R"({"token":"Yes"},{"until":")" + m_disk.url(u"gate"_s).path().toUtf8() + R"("},{"reset":true})"));
+    const QCoro::Task<> task = send(u"Is it?"_s);
+    ASSERT_TRUE(waitForAnswer(u"Yes"_s));
+
+    m_disk.write(u"gate"_s, "");
+
+    ASSERT_TRUE(eventually([&] { return task.isReady(); }, 60s));
+    EXPECT_TRUE(answer().startsWith(u"Connection failed: The network connection was lost.")) << answer().toStdString();
+}
+
 TEST_F(ChatGenerationTest, AServerKilledHalfWayThroughAChunkedAnswerIsAFailedConnection)
 {
     serve(R"({"replies":{"/v1/chat/completions":[{"transfer":"chunked","steps":[{"token":"Yes"},{"hang":true}]}]}})");
