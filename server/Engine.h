@@ -49,6 +49,8 @@ public:
     /// For the line at the start: the engine and where it is.
     virtual std::string name() const = 0;
     virtual EngineState state() const = 0;
+    /// Begins to make ready what it needs, on a thread of its own. Once.
+    virtual void begin() {}
     /// The real size of the context; absent while it is not known.
     virtual std::optional<int> contextTokens() const = 0;
     /// By the engine's own tokenizer; absent if it offers none.

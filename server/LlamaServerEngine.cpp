@@ -82,9 +82,7 @@ std::optional<int> percentageIn(std::string_view line)
 
 LlamaServerEngine::LlamaServerEngine(const Settings &settings, std::string program, StateListener listener)
     : m_settings(settings), m_program(std::move(program)), m_state(std::move(listener))
-{
-    m_thread = std::jthread([this](const std::stop_token &stop) { supervise(stop); });
-}
+{}
 
 LlamaServerEngine::~LlamaServerEngine()
 {
@@ -118,11 +116,11 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
         EngineCommand command{m_program, llamaArguments(m_settings, model, peer.address.port),
                               llamaEnvironment(ownEnvironment(), m_settings, peer.key),
                               [this](std::string_view line) { noteLine(line); }};
+        m_state.set({Phase::Loading, -1, {}}); // before it can say how far it is
         std::string error;
         EngineProcess process(command, error);
         if (!error.empty())
             return explain(error);
-        m_state.set({Phase::Loading, -1, {}});
 
         // 3. Its life.
         if (becomesReady(process, peer, stop)) {
@@ -196,6 +194,11 @@ EngineOutcome LlamaServerEngine::generate(const EngineRequest &request, std::sto
                                           const TokenReceiver &token)
 {
     return openAiGenerate(peer(), request, std::move(stop), token);
+}
+
+void LlamaServerEngine::begin()
+{
+    m_thread = std::jthread([this](const std::stop_token &stop) { supervise(stop); });
 }
 
 void LlamaServerEngine::end()

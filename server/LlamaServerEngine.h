@@ -28,6 +28,7 @@ public:
     std::optional<int> contextTokens() const override;
     std::optional<int> countTokens(std::string_view text, std::stop_token stop) override;
     EngineOutcome generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token) override;
+    void begin() override;
     void end() override;
 
 private:

@@ -35,9 +35,7 @@ bool isOllama(const LoopbackAddress &address)
 
 OllamaEngine::OllamaEngine(const Settings &settings, StateListener listener)
     : m_settings(settings), m_model(ollamaName(settings.modelId)), m_state(std::move(listener))
-{
-    m_thread = std::jthread([this](const std::stop_token &stop) { prepare(stop); });
-}
+{}
 
 std::string OllamaEngine::name() const
 {
@@ -130,6 +128,11 @@ EngineOutcome OllamaEngine::generate(const EngineRequest &request, std::stop_tok
     if (outcome.status == 200)
         return {End::Failed, "Ollama ended in the middle of its answer."};
     return {End::Failed, "Ollama refused the question: " + engineError(outcome.body).message + "."};
+}
+
+void OllamaEngine::begin()
+{
+    m_thread = std::jthread([this](const std::stop_token &stop) { prepare(stop); });
 }
 
 void OllamaEngine::end()

@@ -22,6 +22,7 @@ public:
     std::optional<int> contextTokens() const override { return {}; }
     std::optional<int> countTokens(std::string_view, std::stop_token) override { return {}; } // it offers no tokenizer
     EngineOutcome generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token) override;
+    void begin() override;
     void end() override;
 
 private:

@@ -23,10 +23,10 @@ public:
     {
         {
             const std::lock_guard guard(m_mutex);
-            if (state.phase == m_state.phase && state.percent < m_state.percent)
+            const bool goesBack = state.phase == m_state.phase && state.percent < m_state.percent;
+            if (goesBack || (m_isTold && state == m_state))
                 return;
-            if (state == m_state)
-                return;
+            m_isTold = true;
             m_state = state;
         }
         if (m_listener)
@@ -37,6 +37,7 @@ private:
     const StateListener m_listener;
     mutable std::mutex m_mutex;
     EngineState m_state;
+    bool m_isTold = false; // the first state is news, too
 };
 
 } // namespace Tessaline::Server

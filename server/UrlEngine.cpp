@@ -11,9 +11,7 @@ namespace Tessaline::Server {
 
 UrlEngine::UrlEngine(const Settings &settings, StateListener listener)
     : m_state(std::move(listener)), m_peer{settings.engine.value_or(LoopbackAddress{}), {}, settings.modelId}
-{
-    m_thread = std::jthread([this](const std::stop_token &stop) { awaitAnswer(stop); });
-}
+{}
 
 std::string UrlEngine::name() const
 {
@@ -26,6 +24,7 @@ void UrlEngine::awaitAnswer(const std::stop_token &stop)
     constexpr std::chrono::milliseconds kInterval{250};
     std::mutex mutex;
     std::condition_variable_any wake;
+    m_state.set({EngineState::Phase::Loading, -1, {}});
     while (!stop.stop_requested()) {
         OpenAiPeer peer = this->peer();
         const HttpOutcome models = httpCall(peer.address, {"/v1/models", {}, peer.key, std::chrono::seconds(5)}, stop);
@@ -75,6 +74,11 @@ std::optional<int> UrlEngine::countTokens(std::string_view text, std::stop_token
 EngineOutcome UrlEngine::generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token)
 {
     return openAiGenerate(peer(), request, std::move(stop), token);
+}
+
+void UrlEngine::begin()
+{
+    m_thread = std::jthread([this](const std::stop_token &stop) { awaitAnswer(stop); });
 }
 
 void UrlEngine::end()

@@ -84,6 +84,7 @@ int main(int argc, char **argv)
         chooseEngine(settings, [&progress](const EngineState &state) { progress.note(state); });
     print("Engine: " + engine->name() + "; model: " + settings.modelId +
           "; listening on 127.0.0.1:" + std::to_string(server.port()));
+    engine->begin();
     Assistant assistant(settings, *engine);
     std::thread answering([&] { server.run(assistant.routes()); });
 

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <thread>
 
@@ -48,6 +49,16 @@ RunningServer::RunningServer(std::vector<std::string> variables, std::vector<std
                 m_port = std::atoi(line.c_str() + at + kListening.size());
         return m_port != 0 || m_process->status();
     });
+}
+
+RunningServer::~RunningServer()
+{
+    if (m_process->status())
+        return;
+    EXPECT_EQ(end(), 0);
+    if (m_process->status() != 0)
+        for (const std::string &line : lines())
+            std::cerr << "tessaline-server: " << line << '\n';
 }
 
 std::vector<std::string> RunningServer::lines() const

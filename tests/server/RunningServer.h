@@ -20,6 +20,7 @@ class RunningServer
 public:
     /// `variables` are NAME=value. Returns when it listens, or has ended. Without OLLAMA_HOST there is no Ollama.
     explicit RunningServer(std::vector<std::string> variables, std::vector<std::string> arguments = {"--port", "0"});
+    ~RunningServer(); // expects that it ends well, unless it has ended
 
     int port() const { return m_port; } // 0 if it does not listen
     std::vector<std::string> lines() const;
