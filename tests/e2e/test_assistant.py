@@ -30,6 +30,17 @@ class Assistant(AssistantTest):
                          r"\A\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\] loading\n\Z")
         self.expect_nothing_left(process["pid"])
 
+    def test_under_a_test_host_it_starts_no_server(self):
+        environment = self.application.environment
+        self.application.environment = lambda: {**environment(), "XCTestConfigurationFilePath": ""}  # being there is enough
+        self.start()
+        self.find("Retry Local AI", "push button")
+
+        self.assertEqual(self.application.quit(), 0)
+
+        self.assertFalse((self.record / "process.json").exists())
+        self.assertEqual(self.application.output() + self.application.errors(), "")
+
     def test_no_server_is_left_however_the_program_ends(self):
         ends = {"quit": lambda: (self.screen.press("Ctrl+q"), self.application.wait_for_end()),
                 "SIGTERM": lambda: self.application.quit(signal.SIGTERM),
