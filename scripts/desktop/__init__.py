@@ -10,7 +10,7 @@ Everything is started by this package, lives in throw-away folders, and is ended
 packaging/debian-packages.txt and /usr/bin/python3.
 """
 
-from .accessibility import Node, NotFound
+from .accessibility import Node, NotFound, asked_again
 from .application import Application, Profile, sample_projects
 from .drop import FileDrop
 from .picture import Picture
@@ -20,4 +20,4 @@ from .session import SessionManager
 from .timing import TIME_SCALE, TimedOut, wait_until
 
 __all__ = ["Application", "FileDrop", "Node", "NotFound", "Picture", "Profile", "Screen", "SessionManager", "SettingsPortal",
-           "TIME_SCALE", "TimedOut", "sample_projects", "wait_until"]
+           "TIME_SCALE", "TimedOut", "asked_again", "sample_projects", "wait_until"]

@@ -1,6 +1,8 @@
 """The accessible objects of programs, asked over D-Bus directly: no cache in between can be out of date."""
 
+import functools
 import re
+import time
 
 import gi
 
@@ -34,6 +36,19 @@ def connect(address):
             raise
 
     return wait_until(connection, "the bus takes connections")
+
+
+def asked_again(question):
+    """Asks a function with several questions to objects again when one of them has gone in between."""
+    @functools.wraps(question)
+    def ask(*arguments):
+        for _ in range(50):
+            try:
+                return question(*arguments)
+            except GLib.Error:
+                time.sleep(0.02)
+        return question(*arguments)
+    return ask
 
 
 class AccessibilityBus:

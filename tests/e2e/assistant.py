@@ -8,7 +8,7 @@ import subprocess
 from pathlib import Path
 
 from e2e import EXECUTABLE, NO_UPDATER, EndToEndTest  # first: it finds the package of the next line
-from desktop import Application, wait_until
+from desktop import Application, asked_again, wait_until
 
 SCRIPTED_SERVER = Path(os.environ.get(
     "TESSALINE_SCRIPTED_SERVER", EXECUTABLE.parents[2] / "tests/support/scripted-server/scripted_server")).resolve()
@@ -188,6 +188,7 @@ class AssistantTest(EndToEndTest):
     def expect_label(self, text, seconds=20):
         return self.find(text, "label", seconds)
 
+    @asked_again
     def messages(self):
         """What the column shows: (who, text) of each message."""
         found = []
@@ -202,6 +203,7 @@ class AssistantTest(EndToEndTest):
         except AssertionError:
             self.assertEqual(self.messages(), list(messages))
 
+    @asked_again
     def answer_text(self):
         """The formatted text of the last answer."""
         answers = self.application.find_all("document", "Answer")
@@ -211,13 +213,15 @@ class AssistantTest(EndToEndTest):
         """The proposed changes, from top to bottom."""
         return self.application.find_all("filler", "Proposed Change")
 
+    @asked_again
+    def card_states(self):
+        return [card.description for card in self.cards()]
+
     def expect_card_states(self, *states, seconds=20):
-        def current():
-            return [card.description for card in self.cards()]
         try:
-            wait_until(lambda: current() == list(states), "the cards are so", seconds, interval=0.05)
+            wait_until(lambda: self.card_states() == list(states), "the cards are so", seconds, interval=0.05)
         except AssertionError:
-            self.assertEqual(current(), list(states))
+            self.assertEqual(self.card_states(), list(states))
 
     def kept(self, path, name):
         """What is on the disk of the conversation about a file; None for nothing."""

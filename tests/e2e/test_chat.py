@@ -2,7 +2,7 @@
 """Talking about a document: what is asked, how the answer comes, and what becomes of the edits that it proposes."""
 
 from assistant import CHAT, STATS, AssistantTest, answer, body, edit  # first: it finds the package below
-from e2e import main
+from e2e import MARKDOWN, main
 from desktop import wait_until
 
 DOCUMENT = "\ufeff# Tides\r\n\r\nThe mark is 4.12 m.\r\n\r\nLow water “comes” late.\r\n\r\nHigh water.\r\n".encode()
@@ -123,9 +123,12 @@ class Chat(AssistantTest):
         self.end_quietly(failed)
         self.assertEqual(self.path.read_bytes(), edited.encode())
 
+    def formatted(self):
+        return self.find("Document", "text")
+
     def test_an_accepted_edit_is_one_step_to_undo_in_the_open_editor(self):
         path = self.write("a.md", b"one two three\n")
-        for mode, show in (("rawMarkdown", self.text_area), ("editor", lambda: self.find("Document", "text"))):
+        for mode, show in ((MARKDOWN, self.text_area), ("split", self.text_area), ("editor", self.formatted)):
             with self.subTest(mode):
                 path.write_bytes(b"one two three\n")
                 self.open_files(path, editorViewModeV2=mode)
@@ -147,7 +150,7 @@ class Chat(AssistantTest):
 
                 after = before.replace(b"two", b"2\n\nand") + b"five"
                 self.expect_on_disk(path, after, 5)
-                self.expect_card_states(*["accepted"])
+                self.expect_card_states("accepted")
                 wait_until(lambda: "and three" in editor.text, "the edit is shown", 10)
                 editor.click()
                 self.screen.press("Ctrl+z")

@@ -3,7 +3,7 @@
 
 from assistant import CONCEPT, DIGEST, AssistantTest, answer, body, card  # first: it finds the package below
 from e2e import main
-from desktop import FileDrop, wait_until
+from desktop import FileDrop, asked_again, wait_until
 
 HAMLET = card("Hamlet", "Play by Corin Halvard", "A prince who hesitates.")
 ITEM = {"name": "Hamlet", "subtitle": "Play by Corin Halvard", "content": "A prince who hesitates."}
@@ -22,10 +22,17 @@ class SessionContext(AssistantTest):
 
     # --- the column
 
+    @asked_again
     def rows(self):
         """The attached items as they are shown."""
         lists = self.application.find_all("filler", "Attached Context")
         return [row.name for row in lists[0].find_all("push button")] if lists else []
+
+    @asked_again
+    def chips(self):
+        """The suggested topics as they are shown."""
+        lists = self.application.find_all("filler", "Suggestions")
+        return [chip.name.strip() for chip in lists[0].find_all("push button")] if lists else []
 
     def expect_rows(self, *names):
         try:
@@ -121,13 +128,12 @@ class SessionContext(AssistantTest):
         self.replies(suggestions=body({"suggestions": [" Hamlet ", "Ophelia", "hamlet", ""]}),
                      concept=body({"status": "success", "card": card("Ophelia", "Character", "A daughter.")}))
         self.start_ready()
-        chips = self.find("Suggestions", "filler", 20)
-        self.assertEqual([chip.name.strip() for chip in chips.find_all("push button")], ["Hamlet", "Ophelia"])
+        wait_until(lambda: self.chips() == ["Hamlet", "Ophelia"], "these topics are suggested", 20)
 
         self.choose("Ophelia", "push button")
 
         self.expect_rows("Ophelia")
-        wait_until(lambda: [chip.name.strip() for chip in chips.find_all("push button")] == ["Hamlet"], "one is left", 10)
+        wait_until(lambda: self.chips() == ["Hamlet"], "one is left", 10)
         self.end_quietly()
 
     def test_files_are_attached_by_the_panel_and_by_a_drop(self):
@@ -214,6 +220,8 @@ class SessionContext(AssistantTest):
                      concept=body({"status": "success", "card": HAMLET}))
         self.start_ready()
         self.ask("Who?")
+        self.expect_messages(("You", "Who?"), ("Tessaline", "See [the play](tessaline://add-context?concept=Hamlet)."))
+        self.input()
         link = self.find("the play", "link", 20)
         self.assertFalse(self.requests(CONCEPT))
 
