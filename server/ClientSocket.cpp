@@ -104,9 +104,4 @@ bool ClientSocket::isWritable() const
     return (waitFor(m_socket, POLLOUT, kSilence) & POLLOUT) != 0;
 }
 
-bool ClientSocket::hasGone(std::chrono::milliseconds wait) const
-{
-    return (waitFor(m_socket, POLLRDHUP, wait) & (POLLRDHUP | POLLHUP | POLLERR)) != 0;
-}
-
 } // namespace Tessaline::Server

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <sys/types.h>
@@ -9,7 +8,7 @@
 namespace Tessaline::Server {
 
 /// The connection of one client, with limits on how long it may take to say what it wants and how much that may be.
-/// Owns the socket. Reading and writing belong to one thread; `hasGone` may be asked by another.
+/// Owns the socket. For one thread.
 class ClientSocket
 {
 public:
@@ -34,8 +33,6 @@ public:
 
     bool isReadable() const;
     bool isWritable() const;
-    /// Whether the client has closed its end, or the connection is broken. Waits that long for it to happen.
-    bool hasGone(std::chrono::milliseconds wait) const;
 
 private:
     bool fill();

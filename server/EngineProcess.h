@@ -34,8 +34,9 @@ public:
     EngineProcess(const EngineProcess &) = delete;
     EngineProcess &operator=(const EngineProcess &) = delete;
 
-    void terminate(); // asks it to end
-    void kill();      // does not ask
+    pid_t processId() const { return m_child; } // -1 if it could not be started
+    void terminate();                           // asks it to end
+    void kill();                                // does not ask
     /// Whether it ended within this time.
     bool waitForEnd(std::chrono::milliseconds wait);
     /// The exit status, or 128 and the number of the signal that ended it; absent while it runs.

@@ -6,20 +6,24 @@
 
 #include <httplib.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace Tessaline::Server {
 
 namespace {
 
-constexpr std::chrono::milliseconds kWatchInterval{100}; // a client that has gone is noticed within that
+constexpr std::chrono::milliseconds kWatchInterval{100}; // within that an answer is told that the server ends
 
 /// One thread for each connection, as long as it lasts, so that slow clients hold up nobody and the idle server has
 /// none.
@@ -75,19 +79,36 @@ private:
 class ClientWatch
 {
 public:
-    ClientWatch(const ClientSocket &client, const std::atomic<bool> &isStopping)
-        : m_thread([this, &client, &isStopping](const std::stop_token &isOver) {
-              while (!isOver.stop_requested() && !m_stop.stop_requested())
-                  if (client.hasGone(kWatchInterval) || isStopping)
-                      m_stop.request_stop();
-          })
-    {}
+    ClientWatch(int socket, const std::atomic<bool> &isStopping) : m_over(eventfd(0, EFD_CLOEXEC))
+    {
+        m_thread = std::thread([this, socket, &isStopping] {
+            std::array<pollfd, 2> asked{pollfd{socket, POLLRDHUP, 0}, pollfd{m_over, POLLIN, 0}};
+            while (asked[1].revents == 0 && !m_isOver && !m_stop.stop_requested()) {
+                poll(asked.data(), asked.size(), static_cast<int>(kWatchInterval.count()));
+                if (asked[0].revents != 0 || isStopping)
+                    m_stop.request_stop();
+            }
+        });
+    }
+    ~ClientWatch()
+    {
+        // NOTE: without the event, if there is none to be had, the thread notices at its next look.
+        m_isOver = true;
+        eventfd_write(m_over, 1);
+        m_thread.join();
+        if (m_over != -1)
+            close(m_over);
+    }
+    ClientWatch(const ClientWatch &) = delete;
+    ClientWatch &operator=(const ClientWatch &) = delete;
 
     std::stop_token token() const { return m_stop.get_token(); }
 
 private:
+    const int m_over; // readable when there is nothing to watch any more
+    std::atomic<bool> m_isOver = false;
     std::stop_source m_stop;
-    std::jthread m_thread; // last: it ends first
+    std::thread m_thread;
 };
 
 /// The connection that a thread answers: the library passes it no further than to the stream.
@@ -183,7 +204,7 @@ private:
     template <class Answer>
     void respond(const httplib::Request &request, httplib::Response &response, const Answer &answer)
     {
-        const auto watch = std::make_shared<ClientWatch>(*t_client, m_isStopping);
+        const auto watch = std::make_shared<ClientWatch>(t_client->number(), m_isStopping);
         std::variant<Reply, EventStream> reply = answer(request.body, watch->token());
         if (const Reply *const whole = std::get_if<Reply>(&reply))
             return setReply(response, *whole);
