@@ -406,9 +406,10 @@ TEST(LlamaServerProgram, TellsHowFarItsDownloadIs)
 
 TEST(LlamaServerProgram, IsExplainedWhenItCannotBeStarted)
 {
-    const LlamaFolder llama(
-        R"({"output":[{"text":"error: no such model\n","to":"stderr"}],"exit":{"after":50,"code":7},"listenAfter":60000})");
-    const RunningServer server(llama.variables());
+    const TemporaryFiles files{{u"llama-server"_s, "#!/bin/sh\necho 'error: no such model' >&2\nexit 7\n"}};
+    const std::string folder = files.folder().path().toStdString();
+    QFile::setPermissions(files.url(u"llama-server"_s).path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const RunningServer server({"PATH=" + folder, "HOME=" + folder});
 
     EXPECT_TRUE(server.becomesWell());
     EXPECT_THAT(server.ask(), HasSubstr("it ended with status 7 and said last: error: no such model."));
