@@ -11,6 +11,7 @@ constexpr qint64 kBudget = 100'000'000;
 constexpr qint64 kDelimiterRowPerUnitAbove = 40; // the paragraph above is split into cells again
 constexpr qint64 kContainerPerBlankLine = 40;    // a blank line continues each open list and ends the last only
 constexpr qint64 kContainerPerInline = 5;        // each piece of a line is added by way of all that is around it
+constexpr qint64 kSignPerLink = 7;               // each link looks back over all signs of emphasis before it
 constexpr qint64 kAddressStartPerUnit = 4;       // each "www." or "://" is followed to the end of its word
 constexpr qint64 kMailSignPerUnit = 7;           // each "@" is followed over some of its word
 constexpr qint64 kCellPerCell = 5;               // each cell is added behind all others of its row
@@ -45,6 +46,7 @@ struct LineStart {
     qint64 markers = 0; // at most so many quotes and lists begin or go on with a sign
     qint64 blanks = 0;  // at most so many lists go on without one
     qsizetype length = 0;
+    bool isItem = false; // surely: an item begins in the line
 };
 
 LineStart startOf(QStringView line)
@@ -62,6 +64,10 @@ LineStart startOf(QStringView line)
             if (start.length + 1 < line.size() && !isBlank(line.at(start.length + 1)))
                 break;
             ++start.markers;
+            // Deeper ones may go on with a paragraph, and so may empty ones and numbers.
+            if (start.length <= 3 && start.length == start.blanks && QStringView(u"-+*").contains(sign) &&
+                !line.sliced(start.length + 1).trimmed().isEmpty())
+                start.isItem = true;
         } else if (sign < u'0' || sign > u'9') {
             break;
         }
@@ -121,21 +127,25 @@ public:
     {
         m_uses += text.count(u'[');
         if (m_openSigns == 0 && text.trimmed().startsWith(u'['))
-            m_length = 0;
+            m_length = m_labels = 0;
         else if (m_length == 0)
             return;
         m_length += text.size() + 1;
-        m_longest = std::max(m_longest, m_length);
+        m_labels += text.count(u"]:");
+        if (m_labels > 0)
+            m_longest = std::max(m_longest, m_length);
         // A title can go on over lines that look like definitions.
         for (const QChar sign : {u'"', u'\'', u'(', u')'})
             m_openSigns ^= text.count(sign) % 2;
     }
-    void takeBlankLine() { m_length = m_openSigns = 0; }
+    void takeBlankLine() { m_length = m_labels = m_openSigns = 0; }
 
     qint64 cost() const { return m_longest * m_uses; }
+    bool exist() const { return m_longest > 0; }
 
 private:
     qint64 m_length = 0; // of the one that the line may belong to; 0 for none
+    qint64 m_labels = 0; // in it
     qint64 m_longest = 0;
     qint64 m_uses = 0;
     qint64 m_openSigns = 0;
@@ -149,13 +159,14 @@ public:
     {
         if (std::ranges::all_of(line, isBlank)) {
             m_cost += m_containers * kContainerPerBlankLine;
-            m_paragraphLength = m_paragraphLines = m_pipes = m_declarations = m_columns = 0;
+            m_paragraphLength = m_paragraphLines = m_pipes = m_declarations = m_columns = m_signs = 0;
             m_definitions.takeBlankLine();
             return;
         }
         const LineStart start = startOf(line);
         const QStringView text = line.sliced(start.length);
         takeContainers(start, text);
+        takeLinks(start, text);
         m_cost += addressCost(text);
         m_definitions.takeLine(text);
         // The end of a declaration is looked for up to the end of the paragraph.
@@ -167,7 +178,7 @@ public:
         takeCells(line);
     }
 
-    qint64 total() const { return m_cost + m_definitions.cost(); }
+    qint64 total() const { return m_cost + m_definitions.cost() + (m_definitions.exist() ? m_shortLinkCost : 0); }
 
 private:
     void takeContainers(const LineStart &start, QStringView text)
@@ -177,6 +188,19 @@ private:
         m_containers = m_paragraphLength == 0 ? here : std::max(m_containers, here);
         if (m_containers > kOrdinaryDepth)
             m_cost += m_containers * inlinesOf(text) * kContainerPerInline;
+    }
+
+    void takeLinks(const LineStart &start, QStringView text)
+    {
+        if (start.isItem)
+            m_signs = 0;
+        const auto isSign = [](QChar sign) { return sign == u'*' || sign == u'_' || sign == u'~'; };
+        m_signs += std::ranges::count_if(text, isSign);
+        const qint64 ends = text.count(u']');
+        if (ends == 0)
+            return;
+        m_cost += m_signs * (text.count(u"](") + text.count(u"][")) * kSignPerLink;
+        m_shortLinkCost += m_signs * ends * kSignPerLink;
     }
 
     void takeCells(QStringView line)
@@ -200,7 +224,9 @@ private:
     qint64 m_paragraphLines = 0;
     qint64 m_pipes = 0; // in the paragraph
     qint64 m_declarations = 0;
-    qint64 m_columns = 0; // of the table that the line may belong to; 0 for none
+    qint64 m_signs = 0;         // of emphasis, in the paragraph
+    qint64 m_shortLinkCost = 0; // of links that need a definition
+    qint64 m_columns = 0;       // of the table that the line may belong to; 0 for none
     Definitions m_definitions;
 };
 

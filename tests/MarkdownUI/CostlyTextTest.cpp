@@ -43,28 +43,26 @@ TEST_P(CostlyShape, IsReadAsMarkdownWhileItIsShort)
     EXPECT_FALSE(isCostlyToParse(filled(GetParam(), 500)));
 }
 
-INSTANTIATE_TEST_SUITE_P(CostlyText, CostlyShape,
-                         testing::Values(Shape{"HeadersThatAreNone", u"", u"|a|b|\n|-|\n"},
-                                         Shape{"DelimiterRowsUnderText", u"", u"a\n|-|-|\n"},
-                                         Shape{"AddressOfClosingBrackets", u"www.a", u")"},
-                                         Shape{"AddressesWithoutASpace", u"", u"www.a_"},
-                                         Shape{"InstructionsWithoutAnEnd", u"", u"a <?"},
-                                         Shape{"InstructionsThatOtherSignsEnd", u"", u"a <?b>"},
-                                         Shape{"SectionsWithoutAnEnd", u"", u"a <![CDATA["},
-                                         Shape{"DeclarationsOnLinesOfTheirOwn", u"", u"a <!A\n"},
-                                         Shape{"ARowOfManyCells", u"|a|\n|-|\n", u"|"},
-                                         Shape{"ParagraphsThatEndInATable", u"", u"a\n\v-:\n"},
-                                         Shape{"MailSigns", u"", u"a@b"},
-                                         Shape{"UsesOfALongDefinition",
-                                               u"[a]: wordwordwordwordwordwordwordwordwordwordwordwordwordwordwordword"
-                                               u"wordwordwordwordwordwordwordwordwordwordwordwordwordwordwordwordword "
-                                               u"'\n[b]:\n",
-                                               u"[a]\n"},
-                                         Shape{"BlankLinesInManyLists",
-                                               u"- - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - "
-                                               u"- - - - - - - - - - - - - - - - - a\n",
-                                               u"\n"}),
-                         [](const auto &row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    CostlyText, CostlyShape,
+    testing::Values(
+        Shape{"HeadersThatAreNone", u"", u"|a|b|\n|-|\n"}, Shape{"DelimiterRowsUnderText", u"", u"a\n|-|-|\n"},
+        Shape{"AddressOfClosingBrackets", u"www.a", u")"}, Shape{"AddressesWithoutASpace", u"", u"www.a_"},
+        Shape{"InstructionsWithoutAnEnd", u"", u"a <?"}, Shape{"InstructionsThatOtherSignsEnd", u"", u"a <?b>"},
+        Shape{"SectionsWithoutAnEnd", u"", u"a <![CDATA["}, Shape{"DeclarationsOnLinesOfTheirOwn", u"", u"a <!A\n"},
+        Shape{"ARowOfManyCells", u"|a|\n|-|\n", u"|"}, Shape{"ParagraphsThatEndInATable", u"", u"a\n\v-:\n"},
+        Shape{"LinksBehindOpenSigns", u"", u"a* [b](c) "},
+        Shape{"ShortLinksBehindOpenSigns", u"[b]: c\n\n", u"a* [b] "}, Shape{"MailSigns", u"", u"a@b"},
+        Shape{"UsesOfALongDefinition",
+              u"[a]: wordwordwordwordwordwordwordwordwordwordwordwordwordwordwordword"
+              u"wordwordwordwordwordwordwordwordwordwordwordwordwordwordwordwordword "
+              u"'\n[b]:\n",
+              u"[a]\n"},
+        Shape{"BlankLinesInManyLists",
+              u"- - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - - "
+              u"- - - - - - - - - - - - - - - - - a\n",
+              u"\n"}),
+    [](const auto &row) { return std::string(row.param.name); });
 
 TEST(CostlyText, ManyLinesOrSignsInDeepContainersAre)
 {
@@ -95,13 +93,16 @@ TEST(CostlyText, OrdinaryTextsAreNot)
     const QString quotes = u"> > quoted words\n> >\n"_s.repeated(20000);
     const QString python =
         u"    if rows[0]: # it's [a] \"row\"\n        call(*rows[1:], at='a@b.org') | other\n"_s.repeated(5000);
+    const QString list = u"- *see* [a_b](c_d) and x_y, z[i]\n"_s.repeated(5000);
+    const QString json = u"```json\n[[0, 1],\n"_s + u"  [1, 2], {\"a_b*\": [3, [4]]},\n"_s.repeated(5000) +
+                         u"]\n```\n"_s + u"[[1,2],[3,4],["_s + u"[5,6],[7],"_s.repeated(5000) + u"\n"_s;
     QString notes;
     for (int i = 0; i < 2000; ++i)
         notes.append(u"[%1]: https://example.org/a-page/%1 \"It's a title (%1)\"\n"_s.arg(i));
     for (const QString &text :
-         {ordinaryAnswer(1'000'000), table, code, rules, quotes, python, u"see [1] and [2] "_s.repeated(2000) + notes,
-          u"- "_s.repeated(100'000), u">"_s.repeated(500'000) + u"\n\n"_s, QString(500'000, u'\n'),
-          u"*"_s.repeated(1'000'000)})
+         {ordinaryAnswer(1'000'000), table, code, rules, quotes, python, list, json,
+          u"see [1] and [2] "_s.repeated(2000) + notes, u"- "_s.repeated(100'000), u">"_s.repeated(500'000) + u"\n\n"_s,
+          QString(500'000, u'\n'), u"*"_s.repeated(1'000'000)})
         EXPECT_FALSE(isCostlyToParse(text)) << text.first(40).toStdString();
 }
 
