@@ -12,6 +12,7 @@ constexpr qint64 kDelimiterRowPerUnitAbove = 40; // the paragraph above is split
 constexpr qint64 kContainerPerBlankLine = 40;    // a blank line continues each open list and ends the last only
 constexpr qint64 kContainerPerInline = 5;        // each piece of a line is added by way of all that is around it
 constexpr qint64 kSignPerLink = 7;               // each link looks back over all signs of emphasis before it
+constexpr qint64 kSignPerTilde = 3;              // and so does what may end struck text
 constexpr qint64 kAddressStartPerUnit = 4;       // each "www." or "://" is followed to the end of its word
 constexpr qint64 kMailSignPerUnit = 7;           // each "@" is followed over some of its word
 constexpr qint64 kCellPerCell = 5;               // each cell is added behind all others of its row
@@ -80,6 +81,15 @@ qint64 inlinesOf(QStringView text)
 {
     const auto isSpecial = [](QChar sign) { return QStringView(u"*_`[]!<&\\:w~|@\"'-.").contains(sign); };
     return 2 + 2 * std::ranges::count_if(text, isSpecial);
+}
+
+/// The runs of tildes in a text.
+qint64 tildesOf(QStringView text)
+{
+    qint64 count = 0;
+    for (qsizetype i = text.indexOf(u'~'); i >= 0; i = text.indexOf(u'~', i + 1))
+        count += i == 0 || text.at(i - 1) != u'~' ? 1 : 0;
+    return count;
 }
 
 /// Whether the line can part the header of a table from its rows. One of dashes alone underlines a heading instead.
@@ -166,7 +176,7 @@ public:
         const LineStart start = startOf(line);
         const QStringView text = line.sliced(start.length);
         takeContainers(start, text);
-        takeLinks(start, text);
+        takeEmphasis(start, text);
         m_cost += addressCost(text);
         m_definitions.takeLine(text);
         // The end of a declaration is looked for up to the end of the paragraph.
@@ -190,12 +200,14 @@ private:
             m_cost += m_containers * inlinesOf(text) * kContainerPerInline;
     }
 
-    void takeLinks(const LineStart &start, QStringView text)
+    void takeEmphasis(const LineStart &start, QStringView text)
     {
         if (start.isItem)
             m_signs = 0;
         const auto isSign = [](QChar sign) { return sign == u'*' || sign == u'_' || sign == u'~'; };
         m_signs += std::ranges::count_if(text, isSign);
+        if (const qint64 tildes = tildesOf(text); tildes > 0)
+            m_cost += m_signs * tildes * kSignPerTilde;
         const qint64 ends = text.count(u']');
         if (ends == 0)
             return;

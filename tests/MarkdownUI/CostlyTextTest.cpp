@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         Shape{"InstructionsWithoutAnEnd", u"", u"a <?"}, Shape{"InstructionsThatOtherSignsEnd", u"", u"a <?b>"},
         Shape{"SectionsWithoutAnEnd", u"", u"a <![CDATA["}, Shape{"DeclarationsOnLinesOfTheirOwn", u"", u"a <!A\n"},
         Shape{"ARowOfManyCells", u"|a|\n|-|\n", u"|"}, Shape{"ParagraphsThatEndInATable", u"", u"a\n\v-:\n"},
-        Shape{"LinksBehindOpenSigns", u"", u"a* [b](c) "},
+        Shape{"TildesBehindOpenSigns", u"", u"<~*a_"}, Shape{"LinksBehindOpenSigns", u"", u"a* [b](c) "},
         Shape{"ShortLinksBehindOpenSigns", u"[b]: c\n\n", u"a* [b] "}, Shape{"MailSigns", u"", u"a@b"},
         Shape{"UsesOfALongDefinition",
               u"[a]: wordwordwordwordwordwordwordwordwordwordwordwordwordwordwordword"
@@ -102,7 +102,8 @@ TEST(CostlyText, OrdinaryTextsAreNot)
     for (const QString &text :
          {ordinaryAnswer(1'000'000), table, code, rules, quotes, python, list, json,
           u"see [1] and [2] "_s.repeated(2000) + notes, u"- "_s.repeated(100'000), u">"_s.repeated(500'000) + u"\n\n"_s,
-          QString(500'000, u'\n'), u"*"_s.repeated(1'000'000)})
+          QString(500'000, u'\n'), u"*"_s.repeated(1'000'000), u"~"_s.repeated(1'000'000),
+          u"- about ~5 *or* ~6, ~~not~~ x_y\n"_s.repeated(5000)})
         EXPECT_FALSE(isCostlyToParse(text)) << text.first(40).toStdString();
 }
 
