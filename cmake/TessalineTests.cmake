@@ -22,8 +22,10 @@ function(tessaline_test name)
         GTest::gtest GTest::gmock Qt6::Test ${ARG_LINKS})
     tessaline_precompile(${name} SHARED_AS tessaline_tests_precompiled
         LINKS tessaline_test_options GTest::gtest GTest::gmock HEADERS <gtest/gtest.h> <gmock/gmock.h>)
-    set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+    set(environment "QT_QPA_PLATFORM=offscreen" "LC_ALL=C.UTF-8")
     if(TESSALINE_SANITIZER)
+        # Some tests fork, when the ones before them have started threads.
+        list(APPEND environment "TSAN_OPTIONS=die_after_fork=0")
         add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
         set_tests_properties(${name} PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 1200)
     else()

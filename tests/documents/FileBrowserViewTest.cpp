@@ -1,6 +1,7 @@
 #include "documents/FileBrowserView.h"
 
 #include "tests/documents/SidebarFixture.h"
+#include "tests/support/HeldWorkers.h"
 
 namespace Tessaline {
 
@@ -31,9 +32,11 @@ TEST_F(FileBrowserViewTest, WithoutProjectsItSaysSoAndOffersToAddOne)
 
 TEST_F(FileBrowserViewTest, UntilTheFirstScanHasEndedThereAreNoProjectsToBeSeen)
 {
-    m_workspace.addProject(m_one);
-
-    EXPECT_TRUE(showsText(m_view, u"No projects added."_s));
+    {
+        const HeldWorkers held;
+        m_workspace.addProject(m_one);
+        EXPECT_TRUE(showsText(m_view, u"No projects added."_s));
+    }
     ASSERT_TRUE(eventually([&] { return tree().isVisible(); }));
 }
 

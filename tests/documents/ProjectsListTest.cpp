@@ -4,11 +4,11 @@
 #include "foundation/AppEvents.h"
 #include "foundation/EventCenter.h"
 #include "foundation/Preferences.h"
+#include "tests/support/HeldWorkers.h"
 #include "tests/support/TemporaryFiles.h"
 #include "tests/support/Waiting.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QSemaphore>
 #include <QtCore/QThreadPool>
 #include <QtTest/QSignalSpy>
 
@@ -21,33 +21,6 @@ namespace Tessaline {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-/// While this lives, no scan begins: all workers are busy.
-class HeldWorkers
-{
-public:
-    HeldWorkers()
-    {
-        for (int i = 0; i < m_count; ++i)
-            QThreadPool::globalInstance()->start([begun = &m_begun, released = &m_released] {
-                begun->release();
-                released->acquire();
-            });
-        m_begun.acquire(m_count);
-    }
-    ~HeldWorkers()
-    {
-        m_released.release(m_count);
-        QThreadPool::globalInstance()->waitForDone();
-    }
-    HeldWorkers(const HeldWorkers &) = delete;
-    HeldWorkers &operator=(const HeldWorkers &) = delete;
-
-private:
-    const int m_count = QThreadPool::globalInstance()->maxThreadCount();
-    QSemaphore m_begun;
-    QSemaphore m_released;
-};
 
 class ProjectsListTest : public ::testing::Test
 {

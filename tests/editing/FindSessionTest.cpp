@@ -1,11 +1,10 @@
 #include "editing/FindSession.h"
 
 #include "tests/editing/Printers.h"
+#include "tests/support/HeldWorkers.h"
 #include "tests/support/Waiting.h"
 
 #include <gtest/gtest.h>
-#include <QtCore/QSemaphore>
-#include <QtCore/QThreadPool>
 #include <QtTest/QSignalSpy>
 
 #include <memory>
@@ -83,27 +82,6 @@ struct Search {
         session.setQuery(query, follow);
         return settles();
     }
-};
-
-/// Keeps all workers busy, so that what is handed to them has not even begun until they are let go.
-class BusyWorkers
-{
-public:
-    BusyWorkers()
-    {
-        QThreadPool &pool = *QThreadPool::globalInstance();
-        for (int i = 0; i < pool.maxThreadCount(); ++i)
-            pool.start([this] { m_gate.acquire(); });
-    }
-    ~BusyWorkers() { letGo(); }
-    void letGo()
-    {
-        m_gate.release(QThreadPool::globalInstance()->maxThreadCount());
-        QThreadPool::globalInstance()->waitForDone();
-    }
-
-private:
-    QSemaphore m_gate;
 };
 
 } // namespace
@@ -197,7 +175,7 @@ TEST(FindSession, ACaretInFrontOfAnOccurrenceGoesOntoIt)
 TEST(FindSession, AStepThatIsAskedForDuringTheSearchIsTakenWhenItEnds)
 {
     Search search(u"a b a"_s, 1);
-    BusyWorkers workers;
+    HeldWorkers workers;
     search.session.setQuery({u"a"_s}, FindSession::Follow::Nothing);
     ASSERT_TRUE(search.session.isSearching());
 
@@ -212,7 +190,7 @@ TEST(FindSession, AStepThatIsAskedForDuringTheSearchIsTakenWhenItEnds)
 TEST(FindSession, StepsThatAreAskedForDuringTheSearchAreTakenInOrder)
 {
     Search search(u"cat cat dog cat"_s);
-    BusyWorkers workers;
+    HeldWorkers workers;
     search.session.setQuery({u"cat"_s}, FindSession::Follow::SelectFirst);
     search.session.replaceCurrent(u"lion"_s); // the first, which is about to be selected
     search.session.findNext();
@@ -228,7 +206,7 @@ TEST(FindSession, StepsThatAreAskedForDuringTheSearchAreTakenInOrder)
 TEST(FindSession, ASearchDoesNotTakeASelectionAwayThatThePersonMadeMeanwhile)
 {
     Search search(u"cat dog"_s);
-    BusyWorkers workers;
+    HeldWorkers workers;
     search.session.setQuery({u"cat"_s}, FindSession::Follow::SelectFirst);
     ASSERT_TRUE(search.session.isSearching());
 
@@ -243,7 +221,7 @@ TEST(FindSession, ASearchDoesNotTakeASelectionAwayThatThePersonMadeMeanwhile)
 TEST(FindSession, TheNewestQueryWins)
 {
     Search search(u"one two"_s);
-    BusyWorkers workers;
+    HeldWorkers workers;
 
     search.session.setQuery({u"one"_s}, FindSession::Follow::Nothing);
     search.session.setQuery({u"two"_s}, FindSession::Follow::Nothing);
@@ -404,7 +382,7 @@ TEST(FindSession, AnotherTargetIsSearchedAndTheOldOneUnmarked)
 TEST(FindSession, ATargetThatGoesDuringASearchIsNotTouched)
 {
     FindSession session;
-    BusyWorkers workers;
+    HeldWorkers workers;
     auto target = std::make_unique<FakeTarget>(u"a"_s);
     session.setActive(true);
     session.setTarget(target.get());
@@ -423,7 +401,7 @@ TEST(FindSession, ATargetThatGoesDuringASearchIsNotTouched)
 TEST(FindSession, ASessionThatGoesDuringASearchLeavesItsTargetAlone)
 {
     FakeTarget target(u"a"_s);
-    BusyWorkers workers;
+    HeldWorkers workers;
     {
         FindSession session;
         session.setActive(true);
