@@ -13,8 +13,8 @@ namespace MarkdownUI {
 /// A text with link definitions ("[label]: target") is read as a whole each time, for a definition changes links
 /// anywhere before and after it. Its blocks are still compared, so that `update` tells which of them changed.
 ///
-/// When the text becomes one that is costly to parse (see CostlyText.h), the blocks that were taken over stay as they are;
-/// only what is read anew is shown as plain paragraphs.
+/// When the text becomes one that is costly to parse (see CostlyText.h), the blocks that were taken over stay as they
+/// are; only what is read anew is shown as plain paragraphs.
 class GrowingContent
 {
 public:
