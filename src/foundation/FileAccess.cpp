@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -105,17 +106,15 @@ public:
         if (replaces && faccessat(AT_FDCWD, m_target.constData(), W_OK, AT_EACCESS) != 0)
             return failureFromErrno(errno, FailureKind::NotWritable);
 
-        // 0600 until the real permissions are known: nobody else may look into a private file meanwhile.
+        // 0600 until it is complete: nobody else may look into a private file meanwhile.
         const mode_t mode = replaces ? 0600 : 0666;
         if (!makeUnnamed(mode) && !makeNamed(mode))
             return failureFromErrno(errno, FailureKind::NotWritable);
         if (replaces) {
-            // The owner first: changing it may clear permission bits. Only root can give a file away; for others it
-            // fails.
+            // Only root can give a file away; for others it fails.
             if (fchown(fd(), old.st_uid, old.st_gid) != 0 && fchown(fd(), static_cast<uid_t>(-1), old.st_gid) != 0)
                 errno = 0;
-            if (fchmod(fd(), old.st_mode & 07777) != 0)
-                return failureFromErrno(errno, FailureKind::NotWritable);
+            m_permissions = old.st_mode & 07777;
         }
         return {};
     }
@@ -135,6 +134,10 @@ public:
 
     Result<void> commit()
     {
+        // Not before the last write: a change of the owner clears permission bits, and so does a write by an ordinary
+        // user.
+        if (m_permissions && fchmod(fd(), *m_permissions) != 0)
+            return failureFromErrno(errno, FailureKind::NotWritable);
         // Some file systems report a full disk only when they are flushed, or when the file is closed.
         if (fsync(fd()) != 0 || !ensureNamed() || m_file.close() != 0)
             return failureFromErrno(errno, FailureKind::NotWritable);
@@ -205,6 +208,7 @@ private:
     QByteArray m_folder;    // ends in a slash
     QByteArray m_temporary; // empty while the new file has no name
     Descriptor m_file;
+    std::optional<mode_t> m_permissions; // of the file that is replaced
 };
 
 /// Runs `writeContent(replacement)` between the opening and the commit of one replacement of `url`.

@@ -2,6 +2,7 @@
 
 #include "tests/support/Printers.h"
 #include "tests/support/TemporaryFiles.h"
+#include "tests/support/WithoutPrivileges.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -87,6 +88,25 @@ TEST(WriteAtomically, KeepsThePermissionBits)
 
         EXPECT_EQ(modeOf(files.url(u"a.md"_s)), mode);
     }
+}
+
+TEST(WriteAtomically, KeepsThePermissionBitsForAnOrdinaryUser)
+{
+    const TemporaryFiles files;
+    ASSERT_EQ(chmod(encoded(files.folder()).constData(), 0777), 0);
+
+    const int wrong = runWithoutPrivileges([&] {
+        int differences = 0;
+        for (const mode_t mode : {0600u, 0644u, 0755u, 04755u}) {
+            const FileURL url = files.url(u"%1.md"_s.arg(mode));
+            const bool isWritten = writeBytesAtomically(url, "old") && chmod(encoded(url).constData(), mode) == 0 &&
+                                   writeBytesAtomically(url, "new");
+            differences += !isWritten || modeOf(url) != mode;
+        }
+        return differences;
+    });
+
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(WriteAtomically, KeepsTheOwnerWhereTheProcessMaySetIt)

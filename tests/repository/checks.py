@@ -5,6 +5,7 @@ samples; `repository_files` reads the real ones.
 """
 
 import re
+import shutil
 import subprocess
 from pathlib import Path
 
@@ -14,10 +15,10 @@ SKIPPED_FOLDERS = {".git", "build", ".cache", "__pycache__"}
 
 
 def tracked_paths(top):
-    """What git tracks; without git (an unpacked archive) everything but generated folders."""
+    """What git tracks; without git, or in an unpacked archive, everything but generated folders."""
     top = Path(top)
     listing = subprocess.run(["git", "-C", str(top), "-c", f"safe.directory={top}", "ls-files", "-z"],
-                             capture_output=True) if (top / ".git").exists() else None
+                             capture_output=True) if (top / ".git").exists() and shutil.which("git") else None
     if listing and listing.returncode == 0:
         return [name for name in listing.stdout.decode().split("\0") if name and (top / name).is_file()]
     return [str(path.relative_to(top)) for path in top.rglob("*")
