@@ -23,8 +23,8 @@ using namespace Qt::StringLiterals;
 const QString kAccepted = u"accepted"_s;
 const QString kRejected = u"rejected"_s;
 
-// After so many rounds somebody types faster than the document can be searched; what is typed then is saved after the
-// edit, and over it.
+// After so many rounds somebody types faster than the document can be searched and written: the typing is kept, and the
+// edit can be accepted again.
 constexpr int kMostRounds = 20;
 
 /// The document with the edit made in it; absent if its text was not found.
@@ -92,9 +92,8 @@ QCoro::Task<> SuggestionActions::applySuggestion(EditSuggestion suggestion, std:
 QCoro::Task<bool> SuggestionActions::write(EditSuggestion suggestion, FileURL url)
 {
     const std::stop_token stop = m_life.get_token();
-    ChunkedText shown; // by the editors, when the round began
     for (int round = 1; round <= kMostRounds; ++round) {
-        shown = m_parts.area.text(url);
+        const ChunkedText shown = m_parts.area.text(url); // by the editors
         co_await m_parts.documents.saveNow(url);
         if (stop.stop_requested())
             co_return false;
@@ -112,7 +111,7 @@ QCoro::Task<bool> SuggestionActions::write(EditSuggestion suggestion, FileURL ur
             printConsoleLine(u"Could not find robust match for original text block in document."_s);
             co_return false;
         }
-        if (m_parts.area.text(url) != shown && round < kMostRounds)
+        if (m_parts.area.text(url) != shown)
             continue; // somebody typed: that goes into the file first
 
         const Result<void> written = co_await QtConcurrent::run(writeTo, &m_parts.disk, url, *document);
@@ -124,11 +123,11 @@ QCoro::Task<bool> SuggestionActions::write(EditSuggestion suggestion, FileURL ur
         }
         if (m_parts.area.text(url) == shown) {
             m_parts.area.takeWrittenText(url, *document);
-            break;
+            co_return true;
         }
         // What was typed during the write is about to be saved over the edit, so both are put together.
     }
-    co_return true;
+    co_return false;
 }
 
 void SuggestionActions::rejectSuggestion(const EditSuggestion &suggestion)

@@ -47,6 +47,21 @@ protected:
     std::unique_ptr<SuggestionActions> m_actions;
 };
 
+/// Somebody types whenever a text is about to be written.
+class TypingDisk final : public FileAccess
+{
+public:
+    Result<ChunkedText> readText(const FileURL &url) override { return Tessaline::readText(url); }
+    Result<void> writeText(const FileURL &url, const ChunkedText &text) override
+    {
+        QMetaObject::invokeMethod(qApp, type, Qt::BlockingQueuedConnection);
+        return writeTextAtomically(url, text);
+    }
+    bool isSameFile(const FileURL &left, const FileURL &right) override { return left == right; }
+
+    std::function<void()> type;
+};
+
 } // namespace
 
 TEST_F(SuggestionActionsTest, AnEditIsWrittenMarkedAndAnnounced)
@@ -81,26 +96,34 @@ TEST_F(SuggestionActionsTest, WhatIsTypedWhileTheDocumentIsSearchedIsNotLost)
 
 TEST_F(SuggestionActionsTest, WhatIsTypedDuringTheWriteStandsBesideTheEdit)
 {
-    class TypingDisk final : public FileAccess
-    {
-    public:
-        Result<ChunkedText> readText(const FileURL &url) override { return Tessaline::readText(url); }
-        Result<void> writeText(const FileURL &url, const ChunkedText &text) override
-        {
-            if (const auto typeNow = std::exchange(type, {}))
-                QMetaObject::invokeMethod(qApp, typeNow, Qt::BlockingQueuedConnection);
-            return writeTextAtomically(url, text);
-        }
-        bool isSameFile(const FileURL &left, const FileURL &right) override { return left == right; }
-        std::function<void()> type;
-    } disk;
+    TypingDisk disk;
     open();
-    disk.type = [this] { type(u" Four."_s); };
+    bool hasTyped = false;
+    disk.type = [&] {
+        if (!std::exchange(hasTyped, true))
+            type(u" Four."_s);
+    };
     SuggestionActions actions({*m_ai, m_documents, m_area, m_events, disk});
     const QCoro::Task<> task = actions.applySuggestion(suggestion(u"Two."_s, u"2."_s), m_document);
     ASSERT_TRUE(eventually([&] { return task.isReady(); }));
     EXPECT_EQ(m_area.text(m_document).toString(), u"One. 2. Three. Four."_s);
     EXPECT_EQ(onDisk(), "One. 2. Three. Four.");
+}
+
+TEST_F(SuggestionActionsTest, AnEditThatTypingNeverLeavesRoomForStaysPendingAndTheTypingIsKept)
+{
+    open();
+    TypingDisk disk;
+    disk.type = [this] { type(u"x"_s); };
+    SuggestionActions actions({*m_ai, m_documents, m_area, m_events, disk});
+    const EditSuggestion edit = suggestion(u"Two."_s, u"2."_s);
+    const QCoro::Task<> task = actions.applySuggestion(edit, m_document);
+    ASSERT_TRUE(eventually([&] { return task.isReady(); }));
+    EXPECT_EQ(actions.state(edit), SuggestionState::Pending);
+    EXPECT_TRUE(m_updated.isEmpty());
+    ASSERT_TRUE(finishes(m_documents.saveNow(m_document)));
+    EXPECT_EQ(onDisk(), m_area.text(m_document).toString().toUtf8());
+    EXPECT_TRUE(m_area.text(m_document).toString().startsWith(u"One. Two. Three.x"_s));
 }
 
 TEST_F(SuggestionActionsTest, WhatIsTypedBeforeTheReloadStandsBesideTheEdit)
