@@ -2,7 +2,8 @@
 under test, and a picture of the screen for each failure.
 
 From ctest come TESSALINE_EXECUTABLE (the program), TESSALINE_EVIDENCE (a folder for pictures of failures) and
-TESSALINE_TIME_SCALE (stretches all limits; see desktop/timing.py).
+TESSALINE_TIME_SCALE (stretches all limits; see desktop/timing.py) and TESSALINE_SANITIZER (what the build looks for; empty for
+nothing).
 """
 
 import functools
@@ -18,6 +19,7 @@ sys.path.insert(0, str(TOP / "scripts"))
 from desktop import TIME_SCALE, Application, Profile, Screen, wait_until  # noqa: E402
 
 EXECUTABLE = Path(os.environ.get("TESSALINE_EXECUTABLE", TOP / "build/dev/src/shell/tessaline")).resolve()
+SANITIZED = bool(os.environ.get("TESSALINE_SANITIZER"))
 EVIDENCE = Path(os.environ.get("TESSALINE_EVIDENCE", TOP / "build/e2e-evidence")).resolve()
 
 # All that a start prints: that this build cannot update itself, and that there is no server for the assistant.
@@ -45,6 +47,23 @@ def keeping_evidence(method):
             self.keep_evidence()
             raise
     return test
+
+
+class Clock:
+    """The time of day that a program started with `environment` sees: the true one until `advance`. Timers go on as they do."""
+
+    def __init__(self, file):
+        self.file = file
+        self.file.write_text("+0")
+        self.environment = {
+            "LD_PRELOAD": str(next(Path("/usr/lib").glob("*/faketime/libfaketimeMT.so.1"))), "FAKETIME_NO_CACHE": "1",
+            "FAKETIME_TIMESTAMP_FILE": str(file), "FAKETIME_DONT_FAKE_MONOTONIC": "1", "NO_FAKE_STAT": "1"}
+
+    def advance(self, minutes):
+        """Puts the clock this far ahead of the true time."""
+        replacement = self.file.with_suffix(".new")
+        replacement.write_text(f"+{minutes}m")
+        replacement.rename(self.file)
 
 
 class EndToEndTest(unittest.TestCase):

@@ -2,9 +2,10 @@
 """The program with a server for its assistant: the scripted one, which stands beside the program under its real name."""
 
 import signal
+import unittest
 
-from assistant import READY, STARTED, STOPPED, AssistantTest, answer, is_alive, is_port_free  # first, for the others
-from e2e import NO_UPDATER, main
+from assistant import HEALTH, READY, STARTED, STOPPED, AssistantTest, answer, is_alive, is_port_free  # first, for the others
+from e2e import NO_UPDATER, SANITIZED, Clock, main
 from desktop import wait_until
 
 
@@ -136,7 +137,7 @@ class Assistant(AssistantTest):
 
 
 class ServerStates(AssistantTest):
-    """What the chat shows of the server. That it gives up after ten minutes is too long for a test here."""
+    """What the chat shows of the server."""
 
     def expect_chat(self, said, field, retry):
         """The field says this, takes a question or not, and the button to try again is there or not."""
@@ -204,6 +205,33 @@ class ServerStates(AssistantTest):
 
         self.expect_starting()
         process = self.server()["pid"]
+        self.assertEqual(self.application.quit(), 0)
+        self.expect_nothing_left(process)
+
+    @unittest.skipIf(SANITIZED, "a sanitizer's runtime must be the first library of the process")
+    def test_a_server_that_is_not_ready_after_ten_minutes_is_offline_and_left_alive(self):
+        clock = Clock(self.profile.home / "clock")
+        environment = self.application.environment
+        self.application.environment = lambda: {**environment(), **clock.environment}
+        document = self.write("a.md", b"")
+        self.open_files(document)
+        self.replies(health={"status": 503})
+        self.start()
+        self.expect_starting()
+        clock.advance(minutes=9)
+        probes = len(self.request_files(HEALTH))
+        wait_until(lambda: len(self.request_files(HEALTH)) > probes + 1, "it is still asked", 20)
+        self.expect_starting()
+
+        clock.advance(minutes=10)
+
+        self.wait_for_output("Local AI Server failed to respond to health check.\n")
+        self.expect_offline()
+        process = self.server()["pid"]
+        self.assertTrue(is_alive(process))
+        self.choose("Retry Local AI", "push button")  # does nothing while the process lives
+        self.expect_offline()
+        self.assertEqual(self.application.output().count(STARTED), 1)
         self.assertEqual(self.application.quit(), 0)
         self.expect_nothing_left(process)
 
