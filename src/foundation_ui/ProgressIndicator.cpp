@@ -1,5 +1,6 @@
 #include "foundation_ui/ProgressIndicator.h"
 
+#include "foundation_ui/AccessibleRole.h"
 #include "foundation_ui/Contrast.h"
 #include "foundation_ui/Theme.h"
 
@@ -19,6 +20,7 @@ constexpr int kArc = 100 * 16; // in sixteenths of a degree, as QPainter counts
 
 ProgressIndicator::ProgressIndicator(const Theme &theme, QWidget *parent) : QWidget(parent), m_theme(theme)
 {
+    setAccessibleRole(*this, QAccessible::ProgressBar);
     setFixedSize(kSide, kSide);
     connect(&theme, &Theme::changed, this, qOverload<>(&QWidget::update));
 }

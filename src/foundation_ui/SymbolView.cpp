@@ -28,9 +28,22 @@ void SymbolView::setColorRole(ColorRole role)
     update();
 }
 
+void SymbolView::setSymbolSize(double size)
+{
+    m_size = size;
+    update();
+}
+
+void SymbolView::setOpacity(double opacity)
+{
+    m_opacity = opacity;
+    update();
+}
+
 void SymbolView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    painter.setOpacity(m_opacity);
     Symbols::draw(painter, m_symbol, QRectF(rect()), m_size, m_theme.color(m_role));
 }
 

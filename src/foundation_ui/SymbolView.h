@@ -16,6 +16,8 @@ public:
 
     void setSymbol(const QString &symbol);
     void setColorRole(ColorRole role);
+    void setSymbolSize(double size); // within the view, whose own size stays
+    void setOpacity(double opacity); // 1 at first
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -24,6 +26,7 @@ private:
     const Theme &m_theme;
     ColorRole m_role;
     double m_size;
+    double m_opacity = 1;
     QString m_symbol;
 };
 

@@ -5,6 +5,7 @@
 #include "foundation_ui/ProgressIndicator.h"
 #include "foundation_ui/Symbols.h"
 
+#include <QtGui/QAccessible>
 #include <QtGui/QFontMetricsF>
 #include <QtGui/QPainter>
 
@@ -40,7 +41,11 @@ AIToolbarButton::AIToolbarButton(const Theme &theme, const QString &icon, const 
 
 void AIToolbarButton::setLoading(bool isLoading)
 {
+    if (isLoading == m_progress->isVisibleTo(this))
+        return;
     m_progress->setVisible(isLoading);
+    QAccessibleEvent event(this, QAccessible::DescriptionChanged); // the help text says what goes on
+    QAccessible::updateAccessibility(&event);
     update();
 }
 

@@ -88,10 +88,11 @@ QWidget *AddContextPopover::makeProgressRow()
     auto *row = new QWidget;
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(new ProgressIndicator(m_theme));
-    layout->addWidget(
-        new Label(m_theme, ColorRole::SecondaryText, Fonts::interface(Fonts::kCaptionSize), u"Analyzing concept..."_s),
-        1);
+    const QString words = u"Analyzing concept..."_s;
+    auto *progress = new ProgressIndicator(m_theme);
+    progress->setAccessibleName(words);
+    layout->addWidget(progress);
+    layout->addWidget(new Label(m_theme, ColorRole::SecondaryText, Fonts::interface(Fonts::kCaptionSize), words), 1);
     return row;
 }
 

@@ -1,5 +1,6 @@
 #include "panels/ChatBubbleView.h"
 
+#include "foundation_ui/AccessibleRole.h"
 #include "foundation_ui/Contrast.h"
 #include "foundation_ui/Fonts.h"
 #include "foundation_ui/Label.h"
@@ -12,6 +13,7 @@
 
 #include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
+#include <QtGui/QPainterPath>
 #include <QtWidgets/QHBoxLayout>
 
 namespace Tessaline {
@@ -25,6 +27,8 @@ const QString kWriting = u"Writing..."_s;
 constexpr int kSpacing = 6;
 constexpr int kCardsTop = 4; // more, above the first card
 constexpr double kTextSize = 13;
+constexpr double kShadowOpacity = 0.02; // of black, beside an answer
+constexpr int kShadowReach = 3;
 
 struct BubbleLook {
     int sidePadding;
@@ -86,6 +90,7 @@ ChatBubbleView::ChatBubbleView(ChatBubbleParts parts, const ChatMessage &message
       m_pill(new ChatSenderPill(
           m_parts.theme, message.isFromUser() ? ChatSenderPill::Sender::User : ChatSenderPill::Sender::Assistant, this))
 {
+    setAccessibleRole(*this, QAccessible::ListItem);
     setAccessibleName(m_pill->label());
     connect(&m_parts.theme, &Theme::changed, this, &ChatBubbleView::updateColors);
     setMessage(message);
@@ -142,6 +147,7 @@ QWidget *ChatBubbleView::makeWaitingRow()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
     auto *progress = new ProgressIndicator(m_parts.theme);
+    progress->setAccessibleName(kWriting);
     progress->setFixedSize(ProgressIndicator::kSide * 7 / 10, ProgressIndicator::kSide * 7 / 10);
     layout->addWidget(progress);
     QFont font = Fonts::interface(12);
@@ -282,6 +288,25 @@ bool ChatBubbleView::eventFilter(QObject *watched, QEvent *event)
         return QWidget::eventFilter(watched, event);
     event->ignore(); // so that it goes on to the list
     return true;
+}
+
+void ChatBubbleView::drawShadow(QPainter &painter) const
+{
+    if (!m_answer || m_answer->isHidden())
+        return;
+    const auto outline = [box = QRectF(geometryFor(width()).bubble)](int grownBy) {
+        const QRectF grown = box.adjusted(-grownBy, -grownBy, grownBy, grownBy);
+        QPainterPath path;
+        path.addRoundedRect(grown, kAnswerLook.radius + grownBy, kAnswerLook.radius + grownBy);
+        return path;
+    };
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(withOpacity(m_parts.theme.color(ColorRole::SegmentShadow), kShadowOpacity / kShadowReach));
+    for (int reach = 1; reach <= kShadowReach; ++reach)
+        painter.drawPath(outline(reach).translated(0, 1).subtracted(outline(0)));
+    painter.restore();
 }
 
 void ChatBubbleView::paintEvent(QPaintEvent *)

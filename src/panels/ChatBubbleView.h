@@ -50,6 +50,10 @@ public:
     /// Lays the message out at this width; cheap for what has not changed.
     int heightForWidth(int width) const override;
 
+    /// Draws what the bubble of an answer casts around itself, in the view's own places. The view ends where the bubble
+    /// does, so this is for the widget around.
+    void drawShadow(QPainter &painter) const;
+
 Q_SIGNALS:
     /// Another height may be needed for the same width.
     void heightChanged();

@@ -1,5 +1,6 @@
 #include "panels/ChatInput.h"
 
+#include "foundation_ui/AccessibleRole.h"
 #include "foundation_ui/Fonts.h"
 #include "foundation_ui/Label.h"
 #include "foundation_ui/ProgressIndicator.h"
@@ -31,6 +32,8 @@ constexpr int kRetryBottom = 8;
 constexpr double kTextSize = 14;
 constexpr double kRadius = 18;
 constexpr double kIconSize = 12;
+constexpr double kWarningSize = 11;
+constexpr double kWarningOpacity = 0.8;
 constexpr double kSmallText = 10;
 constexpr int kStatusPadding = 6;
 
@@ -67,6 +70,7 @@ ChatInput::ChatInput(LocalAIService &ai, ChatComposer &composer, const Theme &th
       m_status(new Label(theme, ColorRole::SecondaryText, Fonts::interface(kSmallText))), m_retryRow(makeRetryRow()),
       m_clear(makeClearRow())
 {
+    setAccessibleRole(*m_status, QAccessible::StatusBar);
     m_field->setAccessibleName(u"Chat Input"_s);
     m_field->setFont(Fonts::interface(kTextSize));
     m_field->setFrame(false);
@@ -153,6 +157,7 @@ void ChatInput::update()
     if (m_field->text() != m_composer.chatInput())
         m_field->setText(m_composer.chatInput());
     m_field->setPlaceholderText(state.placeholder);
+    m_progress->setAccessibleName(state.placeholder);
     m_field->setAccessibleDescription(state.placeholder); // what the server is doing; the name hides the placeholder
     // A field that is disabled would hand its focus on to anything. The input keeps it, for when it can be used again.
     if (m_field->hasFocus() && !state.isFieldEnabled)
@@ -164,6 +169,8 @@ void ChatInput::update()
     m_icon->setVisible(state.leadingIcon != LeadingIcon::Progress);
     const bool isWarning = state.leadingIcon == LeadingIcon::Warning;
     m_icon->setSymbol(isWarning ? u"exclamationmark.triangle.fill"_s : u"sparkles"_s);
+    m_icon->setSymbolSize(isWarning ? kWarningSize : kIconSize);
+    m_icon->setOpacity(isWarning ? kWarningOpacity : 1);
     m_icon->setColorRole(isWarning ? ColorRole::RemovedText : ColorRole::Accent);
     m_send->setState(state);
     m_retryRow->setVisible(state.isOffline);
@@ -174,7 +181,8 @@ void ChatInput::updateStatus()
     m_status->setText(m_ai.contextStatus());
     m_status->setToolTip(m_ai.contextStatus());
     m_status->setVisible(!m_ai.contextStatus().isEmpty());
-    // A live region: what is new in it is told wherever the focus is. Its name is its text.
+    // A live region: what is new in it is told wherever the focus is.
+    m_status->setAccessibleName(m_ai.contextStatus());
     QAccessibleEvent alert(m_status, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }

@@ -1,11 +1,13 @@
 #include "panels/ChatMessagesList.h"
 
+#include "foundation_ui/AccessibleRole.h"
 #include "foundation_ui/Theme.h"
 #include "panels/ChatEmptyState.h"
 #include "Services/LocalAIService.h"
 
 #include <QtCore/QVariantAnimation>
 #include <QtGui/QKeyEvent>
+#include <QtGui/QPainter>
 #include <QtGui/QResizeEvent>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
@@ -35,6 +37,7 @@ ChatMessagesList::ChatMessagesList(LocalAIService &ai, ChatBubbleParts parts, QW
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::NoFocus); // its messages take the focus
     viewport()->setAutoFillBackground(false);
+    setAccessibleRole(*viewport(), QAccessible::List);
     viewport()->setAccessibleName(u"Chat Messages"_s);
     setAccessibleName(u"Chat Messages"_s);
     verticalScrollBar()->setSingleStep(kLineStep);
@@ -89,9 +92,14 @@ void ChatMessagesList::takeMessages()
         scrollToEnd();
 }
 
-ChatBubbleView *ChatMessagesList::makeBubble(const ChatMessage &message)
+ChatBubbleView *ChatMessagesList::makeBubble(size_t index)
 {
-    auto *bubble = new ChatBubbleView(m_parts, message, viewport());
+    auto *bubble = new ChatBubbleView(m_parts, m_ai.chatMessages().at(static_cast<qsizetype>(index)), viewport());
+    // Assistive technology reads the views in the order of the toolkit, which is that in which they were made.
+    const auto next = std::find_if(m_rows.begin() + static_cast<std::ptrdiff_t>(index) + 1, m_rows.end(),
+                                   [](const Row &row) { return row.bubble != nullptr; });
+    if (next != m_rows.end())
+        bubble->stackUnder(next->bubble);
     connect(bubble, &ChatBubbleView::heightChanged, this, [this, bubble] { invalidate(bubble); });
     bubble->installEventFilter(this);
     return bubble;
@@ -135,7 +143,7 @@ bool ChatMessagesList::measureNear(int &top)
         const int bottom = y + row.height;
         if (bottom >= top - screen && y <= top + 2 * screen && (!row.bubble || !row.isExact)) {
             if (!row.bubble)
-                row.bubble = makeBubble(m_ai.chatMessages().at(static_cast<qsizetype>(i)));
+                row.bubble = makeBubble(i);
             const int height = row.bubble->heightForWidth(width);
             if (height != row.height && bottom <= top)
                 top += height - row.height;
@@ -172,8 +180,10 @@ void ChatMessagesList::place(int top)
     for (const Row &row : m_rows) {
         if (row.bubble) {
             const QRect box(kPadding, y, width, row.height);
-            if (row.bubble->geometry() != box)
+            if (row.bubble->geometry() != box) {
                 row.bubble->setGeometry(box);
+                viewport()->update(); // shadows fall outside of the views
+            }
             row.bubble->show();
         }
         y += row.height + kSpacing;
@@ -281,6 +291,18 @@ void ChatMessagesList::keyPressEvent(QKeyEvent *event)
 {
     if (!scrollByKey(*event))
         QAbstractScrollArea::keyPressEvent(event);
+}
+
+void ChatMessagesList::paintEvent(QPaintEvent *)
+{
+    QPainter painter(viewport());
+    for (const Row &row : m_rows) {
+        if (!row.bubble || !row.bubble->geometry().intersects(viewport()->rect()))
+            continue;
+        painter.translate(row.bubble->pos());
+        row.bubble->drawShadow(painter);
+        painter.resetTransform();
+    }
 }
 
 void ChatMessagesList::scrollContentsBy(int, int)

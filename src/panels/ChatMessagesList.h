@@ -35,6 +35,7 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
     void keyPressEvent(QKeyEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -54,7 +55,7 @@ private:
     void place(int top);
     int rowTop(size_t index) const;
     int contentHeight() const;
-    ChatBubbleView *makeBubble(const ChatMessage &message);
+    ChatBubbleView *makeBubble(size_t index);
     void invalidate(const ChatBubbleView *bubble);
     void scrollToEnd();
     void reveal(const QWidget *focus);

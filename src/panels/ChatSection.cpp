@@ -19,7 +19,6 @@ ChatSection::ChatSection(LocalAIService &ai, ChatComposer &composer, ChatBubbleP
     column->setSpacing(0);
     column->addWidget(m_messages, 1);
     column->addWidget(new Hairline(parts.theme, Qt::Horizontal));
-    column->addSpacing(8);
     column->addWidget(m_input);
 }
 

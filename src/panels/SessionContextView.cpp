@@ -1,5 +1,6 @@
 #include "panels/SessionContextView.h"
 
+#include "foundation_ui/AccessibleRole.h"
 #include "foundation_ui/Fonts.h"
 #include "foundation_ui/Label.h"
 #include "panels/AddContextButton.h"
@@ -89,6 +90,7 @@ SessionContextView::SessionContextView(SessionContextViewParts parts, QWidget *p
       m_list(nullptr)
 {
     auto *items = new QWidget;
+    setAccessibleRole(*items, QAccessible::Grouping);
     items->setAccessibleName(u"Attached Context"_s);
     m_rows = new QVBoxLayout(items);
     m_rows->setContentsMargins(kListPadding, kListPadding, kListPadding, kListPadding);
@@ -129,6 +131,7 @@ QWidget *SessionContextView::makeTitleRow(QWidget *trailing, int height)
 QWidget *SessionContextView::makeSuggestionsRow()
 {
     auto *row = new QWidget;
+    setAccessibleRole(*row, QAccessible::Grouping);
     row->setAccessibleName(u"Suggestions"_s);
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(kSidePadding, 0, 0, 8);

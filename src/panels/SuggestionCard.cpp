@@ -1,5 +1,6 @@
 #include "panels/SuggestionCard.h"
 
+#include "foundation_ui/AccessibleRole.h"
 #include "foundation_ui/Contrast.h"
 #include "foundation_ui/Fonts.h"
 #include "foundation_ui/Label.h"
@@ -57,6 +58,8 @@ SuggestionCard::SuggestionCard(const EditSuggestion &suggestion, const Theme &th
       m_accepted(new Label(theme, ColorRole::AddedText, Fonts::interface(kTextSize, QFont::Bold), u"✓ Accepted"_s)),
       m_rejected(new Label(theme, ColorRole::SecondaryText, Fonts::interface(kTextSize, QFont::Bold), u"✕ Rejected"_s))
 {
+    setAccessibleRole(*this, QAccessible::Grouping);
+    setAccessibleName(u"Proposed Change"_s);
     auto *accept = new SmallButton(theme, u"Accept"_s, SmallButton::Kind::Accept, kTextSize);
     connect(accept, &QAbstractButton::clicked, this, &SuggestionCard::accepted);
     auto *reject = new SmallButton(theme, u"Reject"_s, SmallButton::Kind::Reject, kTextSize);
@@ -92,7 +95,7 @@ QWidget *SuggestionCard::makeChangeBox()
         if (text.isEmpty())
             return;
         auto *row = new QuotedText(m_theme, role, QuotedText::Tint::OwnColor, name, sign + text);
-        row->setTextFont(Fonts::code(kTextSize));
+        row->setTextFont(Fonts::code(Fonts::kCaptionSize));
         row->setPadding(kRowSidePadding, kRowVerticalPadding);
         row->setTintOpacity(kRowTintOpacity);
         row->setHeight(QuotedText::Height::OfText); // all that an acceptance would do is seen
@@ -110,7 +113,6 @@ void SuggestionCard::setState(SuggestionState state)
     m_rejected->setVisible(state == SuggestionState::Rejected);
     m_buttons->setVisible(state == SuggestionState::Pending); // a focus on them goes on to what is next
     const QString words[] = {u"pending"_s, u"accepted"_s, u"rejected"_s};
-    setAccessibleName(u"Proposed Change"_s);
     setAccessibleDescription(words[static_cast<int>(state)]);
     updateGeometry();
 }

@@ -185,14 +185,15 @@ class AssistantTest(EndToEndTest):
         self.screen.type(question)
         self.screen.press("Return")
 
-    def expect_label(self, text, seconds=20):
-        return self.find(text, "label", seconds)
+    def expect_status(self, text, seconds=20):
+        """Waits until the line under the field says this."""
+        return self.find(text, "status bar", seconds)
 
     @asked_again
     def messages(self):
         """What the column shows: (who, text) of each message."""
         found = []
-        for node in self.find("Chat Messages").find_all("filler"):
+        for node in self.find("Chat Messages").find_all("list item"):
             if node.name in ("You", "Tessaline"):
                 found.append((node.name, node.description))
         return found
@@ -211,7 +212,7 @@ class AssistantTest(EndToEndTest):
 
     def cards(self):
         """The proposed changes, from top to bottom."""
-        return self.application.find_all("filler", "Proposed Change")
+        return self.application.find_all("panel", "Proposed Change")
 
     @asked_again
     def card_states(self):

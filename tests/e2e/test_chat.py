@@ -77,7 +77,7 @@ class Chat(AssistantTest):
         self.expect_kept_messages(self.path, ("user", "Is the datum clear?"))
 
         # Half of an edit is text as it stands; the rest of the column follows the answer.
-        self.expect_label("Using document + 4 sources · ~2.3K tokens")
+        self.expect_status("Using document + 4 sources · ~2.3K tokens")
         wait_until(lambda: "<<<<<<< SEARCH" in (self.answer_text() or ""), "half an edit is shown", 20)
         self.assertFalse(self.cards())
         self.assertFalse(self.find("Chat Input", "text").has_state("enabled"))
@@ -251,7 +251,7 @@ class Chat(AssistantTest):
         self.ask("1?")
         self.expect_messages(("You", "1?"), ("Tessaline", "Server error: Status code 503"))
         self.ask("2?")
-        self.expect_label("AI error: Out of memory")
+        self.expect_status("AI error: Out of memory")
         wait_until(lambda: self.messages()[-1] == ("Tessaline", "Out of memory"), "the error is the answer", 20)
         self.ask("3?")
         wait_until(lambda: self.messages()[-1] == ("Tessaline", "Half"), "half an answer is shown", 20)

@@ -149,7 +149,7 @@ class SelectionTools(AssistantTest):
         self.tool("Explain").click()
         self.expect_tools("disabled")
         self.expect_messages(("You", EXPLAIN + "tide"), ("Tessaline", "A tide"))
-        self.expect_label("Using document + 1 sources · ~999 tokens")
+        self.expect_status("Using document + 1 sources · ~999 tokens")
         found = self.request(CHAT)
         self.assertEqual(list(found.items()), [("prompt", EXPLAIN + "tide"), ("file_content", DOCUMENT), ("temperature", 0.7),
                                                ("top_p", 0.9)])
@@ -162,7 +162,7 @@ class SelectionTools(AssistantTest):
         self.expect_tools("disabled")
         stop.click()
 
-        self.expect_label("Generation stopped")
+        self.expect_status("Generation stopped")
         self.input()
         self.expect_messages(("You", EXPLAIN + "tide"), ("Tessaline", "A tide"))
         self.expect_closed(CHAT)

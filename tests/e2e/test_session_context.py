@@ -25,13 +25,13 @@ class SessionContext(AssistantTest):
     @asked_again
     def rows(self):
         """The attached items as they are shown."""
-        lists = self.application.find_all("filler", "Attached Context")
+        lists = self.application.find_all("panel", "Attached Context")
         return [row.name for row in lists[0].find_all("push button")] if lists else []
 
     @asked_again
     def chips(self):
         """The suggested topics as they are shown."""
-        lists = self.application.find_all("filler", "Suggestions")
+        lists = self.application.find_all("panel", "Suggestions")
         return [chip.name.strip() for chip in lists[0].find_all("push button")] if lists else []
 
     def expect_rows(self, *names):

@@ -1,3 +1,4 @@
+#include "foundation_ui/ProgressIndicator.h"
 #include "MarkdownUI/MarkdownView.h"
 #include "panels/ChatBubbleView.h"
 #include "panels/ChatSenderPill.h"
@@ -8,9 +9,13 @@
 
 #include <QtCore/QVariantAnimation>
 #include <QtGui/QAccessible>
+#include <QtGui/QPainter>
 #include <QtGui/QWheelEvent>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
+
+#include <algorithm>
+#include <utility>
 
 namespace Tessaline {
 
@@ -330,6 +335,76 @@ TEST_F(ChatViewsTest, TabWalksDownTheColumnAndBringsWhatItReachesIntoView)
     QAbstractButton *reject = button(list(), u"Reject"_s);
     reject->setFocus(Qt::TabFocusReason);
     EXPECT_TRUE(list().viewport()->rect().contains(QRect(reject->mapTo(list().viewport(), QPoint()), reject->size())));
+}
+
+TEST_F(ChatViewsTest, AssistiveTechnologyReadsTheMessagesAsAListInTheirOrder)
+{
+    show();
+    QList<ChatMessage> messages;
+    for (int i = 0; i < 60; ++i)
+        messages.append(message(i % 2 ? u"assistant"_s : u"user"_s, u"Line %1.\n\n"_s.arg(i).repeated(3)));
+    messages.append(message(u"assistant"_s, block(u"One."_s, u"1."_s)));
+    messages.append(message(u"assistant"_s, QString()));
+    setMessages(messages);
+    ASSERT_TRUE(eventually([this] { return isAtEnd(); }));
+    const auto *card = QAccessible::queryAccessibleInterface(cards().value(0));
+    ASSERT_TRUE(card);
+    EXPECT_EQ(card->role(), QAccessible::Grouping);
+    EXPECT_EQ(card->text(QAccessible::Name), u"Proposed Change"_s);
+    EXPECT_EQ(card->text(QAccessible::Description), u"pending"_s);
+    const auto *progress = QAccessible::queryAccessibleInterface(list().findChild<ProgressIndicator *>());
+    ASSERT_TRUE(progress);
+    EXPECT_EQ(progress->role(), QAccessible::ProgressBar);
+    EXPECT_EQ(progress->text(QAccessible::Name), u"Writing..."_s);
+
+    // What is further up gets its views after what is below.
+    for (int value = end(); value > end() / 2; value -= list().viewport()->height() / 2)
+        list().verticalScrollBar()->setValue(value);
+    const auto *items = QAccessible::queryAccessibleInterface(list().viewport());
+    EXPECT_EQ(items->role(), QAccessible::List);
+    QStringList read;
+    for (int i = 0; i < items->childCount(); ++i) {
+        const QAccessibleInterface *item = items->child(i);
+        if (item->role() == QAccessible::ListItem && !item->state().invisible)
+            read.append(item->text(QAccessible::Name) + u": "_s + item->text(QAccessible::Description));
+    }
+    QStringList expected;
+    for (const ChatBubbleView *bubble : list().bubbles())
+        expected.append(
+            (bubble->message().isFromUser() ? u"You: "_s : u"Tessaline: "_s) +
+            (bubble->message().isFromUser() ? bubble->message().content : bubble->message().content.trimmed()));
+    EXPECT_GT(expected.size(), 3);
+    EXPECT_EQ(read, expected);
+}
+
+TEST_F(ChatViewsTest, TheLineUnderTheFieldIsAStatusWhoseNameIsItsText)
+{
+    show();
+    m_ai->setContextStatus(u"Preparing context…"_s);
+    const auto labels = visible<QLabel>(input());
+    const auto found = std::find_if(labels.begin(), labels.end(),
+                                    [](const QLabel *label) { return label->text() == u"Preparing context…"_s; });
+    ASSERT_NE(found, labels.end());
+    const auto *status = QAccessible::queryAccessibleInterface(*found);
+    EXPECT_EQ(status->role(), QAccessible::StatusBar);
+    EXPECT_EQ(status->text(QAccessible::Name), u"Preparing context…"_s);
+}
+
+TEST_F(ChatViewsTest, AnAnswerCastsASoftShadowIntoTheListAndAQuestionNone)
+{
+    show();
+    for (const auto &[role, isShaded] : {std::pair{u"user"_s, false}, std::pair{u"assistant"_s, true}}) {
+        setMessages({message(role, u"Words."_s)});
+        ChatBubbleView *bubble = list().bubbles().value(0);
+        ASSERT_TRUE(bubble);
+        QImage around(bubble->width(), bubble->height() + 4, QImage::Format_ARGB32_Premultiplied);
+        around.fill(Qt::transparent);
+        QPainter painter(&around);
+        bubble->drawShadow(painter);
+        painter.end();
+        EXPECT_EQ(around.pixelColor(bubble->width() / 2, bubble->height()).alpha() > 0, isShaded);
+        EXPECT_EQ(around.pixelColor(bubble->width() / 2, bubble->height() - 4).alpha(), 0) << "only outside";
+    }
 }
 
 } // namespace Tessaline
