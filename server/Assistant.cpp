@@ -20,6 +20,8 @@ std::string sentenceFor(const EngineState &state)
     const std::string percent = state.percent < 0 ? std::string() : " (" + std::to_string(state.percent) + " %)";
     switch (state.phase) {
     case Phase::Loading:
+        if (!state.explanation.empty())
+            return state.explanation;
         return "The model is being loaded" + percent + ". Ask again in a moment.";
     case Phase::Downloading:
         return "The model is being downloaded" + percent + ". Ask again when it is there.";
@@ -48,19 +50,26 @@ auto answeringSound(std::variant<Value, Malformed> (*parse)(std::string_view), A
 class Assistant::RunningChat
 {
 public:
-    explicit RunningChat(Assistant &assistant) : m_assistant(assistant) { change(1); }
-    ~RunningChat() { change(-1); }
+    explicit RunningChat(Assistant &assistant) : m_assistant(assistant)
+    {
+        std::stop_source aside(std::nostopstate);
+        {
+            const std::lock_guard guard(m_assistant.m_mutex);
+            ++m_assistant.m_chats;
+            aside = m_assistant.m_aside;
+        }
+        aside.request_stop(); // the person waits for the chat; the other begins anew behind it
+    }
+    ~RunningChat()
+    {
+        const std::lock_guard guard(m_assistant.m_mutex);
+        --m_assistant.m_chats;
+        m_assistant.m_changed.notify_all();
+    }
     RunningChat(const RunningChat &) = delete;
     RunningChat &operator=(const RunningChat &) = delete;
 
 private:
-    void change(int by)
-    {
-        const std::lock_guard guard(m_assistant.m_mutex);
-        m_assistant.m_chats += by;
-        m_assistant.m_changed.notify_all();
-    }
-
     Assistant &m_assistant;
 };
 
@@ -189,28 +198,42 @@ Reply Assistant::conceptCards(const std::string &topic, std::stop_token stop)
     return {200, conceptBody(cards)};
 }
 
-std::optional<std::string> Assistant::askAside(const EngineRequest &request, std::stop_token stop)
+std::optional<std::string> Assistant::askAside(const EngineRequest &request, std::stop_token client)
 {
     constexpr size_t kLongest = 64 * 1024; // bytes; a model that writes on and on is stopped
-    if (m_engine.state().phase != Phase::Ready)
-        return {};
-    {
-        std::unique_lock lock(m_mutex);
-        if (!m_changed.wait(lock, stop, [this] { return m_chats == 0 && !m_isAsking; }))
+    while (m_engine.state().phase == Phase::Ready) {
+        // 1. Its turn.
+        std::stop_source stop;
+        {
+            std::unique_lock lock(m_mutex);
+            if (!m_changed.wait(lock, client, [this] { return m_chats == 0 && !m_isAsking; }))
+                return {};
+            m_isAsking = true;
+            m_aside = stop;
+        }
+
+        // 2. The answer, unless the client goes or a chat comes.
+        std::string answer;
+        EngineOutcome outcome;
+        {
+            const std::stop_callback gone(client, [&stop] { stop.request_stop(); });
+            outcome = m_engine.generate(request, stop.get_token(), [&answer](std::string_view token) {
+                answer += token;
+                return answer.size() <= kLongest;
+            });
+        }
+        {
+            const std::lock_guard guard(m_mutex);
+            m_isAsking = false;
+            m_aside = std::stop_source(std::nostopstate);
+            m_changed.notify_all();
+        }
+        if (outcome.end == End::Complete)
+            return answer;
+        if (client.stop_requested() || !stop.stop_requested())
             return {};
-        m_isAsking = true;
     }
-    std::string answer;
-    const EngineOutcome outcome = m_engine.generate(request, stop, [&answer](std::string_view token) {
-        answer += token;
-        return answer.size() <= kLongest;
-    });
-    {
-        const std::lock_guard guard(m_mutex);
-        m_isAsking = false;
-        m_changed.notify_all();
-    }
-    return outcome.end == End::Complete ? std::optional(answer) : std::nullopt;
+    return {};
 }
 
 int Assistant::windowTokens() const

@@ -33,16 +33,18 @@ private:
     Reply digest(const DigestRequest &request, std::stop_token stop);
     Reply conceptCards(const std::string &topic, std::stop_token stop);
 
-    /// The engine's whole answer, once no chat runs and nothing else of this kind; absent if there is none.
-    std::optional<std::string> askAside(const EngineRequest &request, std::stop_token stop);
+    /// The engine's whole answer, once no chat runs and nothing else of this kind; absent if there is none. A chat that
+    /// comes meanwhile goes first: the engine is asked again behind it.
+    std::optional<std::string> askAside(const EngineRequest &request, std::stop_token client);
     int windowTokens() const;
 
     const Settings m_settings;
     Engine &m_engine;
     std::mutex m_mutex; // guards what follows
     std::condition_variable_any m_changed;
-    int m_chats = 0;         // that run
-    bool m_isAsking = false; // aside
+    int m_chats = 0;                            // that run
+    bool m_isAsking = false;                    // aside
+    std::stop_source m_aside{std::nostopstate}; // stops what is asked aside
 };
 
 } // namespace Tessaline::Server

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <future>
 #include <latch>
 #include <stop_token>
@@ -41,6 +42,35 @@ public:
     std::latch release{1};
 };
 
+/// Answers a chat at once. What is asked aside comes to no end the first time, unless it is stopped.
+class EndlessAsideEngine final : public Engine
+{
+public:
+    std::string name() const override { return "endless"; }
+    EngineState state() const override { return {EngineState::Phase::Ready, -1, {}}; }
+    std::optional<int> contextTokens() const override { return 4096; }
+    std::optional<int> countTokens(std::string_view, std::stop_token) override { return {}; }
+    EngineOutcome generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token) override
+    {
+        if (request.jsonSchema.empty()) {
+            token("word");
+            return {};
+        }
+        if (++askedAside == 1) {
+            std::promise<void> stopped;
+            const std::stop_callback callback(stop, [&stopped] { stopped.set_value(); });
+            began.count_down();
+            stopped.get_future().wait();
+            return {EngineOutcome::End::Stopped, {}};
+        }
+        token(R"({"digest":"Short."})");
+        return {};
+    }
+
+    std::atomic<int> askedAside = 0;
+    std::latch began{1};
+};
+
 Reply digest(const Routes &routes, const std::stop_token &stop)
 {
     return std::get<Reply>(routes.posts.at("/v1/digest-file")(R"({"filename":"a","content":"b"})", stop));
@@ -74,6 +104,41 @@ TEST(Assistant, ForgetsASideRequestWhoseClientHasGoneWhileItWaitedForAChat)
     EXPECT_THAT(stream, HasSubstr("data: {\"token\":\"word\"}\n\ndata: [DONE]\n\n"));
     EXPECT_EQ(digest(routes, {}).status, 503) << "no JSON";
     EXPECT_EQ(engine.asked.size(), 2U);
+}
+
+TEST(Assistant, LetsAChatGoBeforeASideRequestThatRunsAlreadyAndAsksThatAgain)
+{
+    EndlessAsideEngine engine;
+    Assistant assistant(Settings{}, engine);
+    const Routes routes = assistant.routes();
+    auto waiting = std::async(std::launch::async, digest, routes, std::stop_token());
+    engine.began.wait();
+    std::string stream;
+
+    std::get<EventStream>(routes.posts.at("/v1/chat/completions")(R"({"prompt":"x"})", {}))(
+        [&stream](std::string_view bytes) {
+            stream += bytes;
+            return true;
+        });
+
+    EXPECT_THAT(stream, HasSubstr("data: {\"token\":\"word\"}"));
+    EXPECT_EQ(waiting.get().body, R"({"digest":"Short."})");
+    EXPECT_EQ(engine.askedAside, 2);
+}
+
+TEST(Assistant, StopsASideRequestThatRunsWhenItsClientGoes)
+{
+    EndlessAsideEngine engine;
+    Assistant assistant(Settings{}, engine);
+    const Routes routes = assistant.routes();
+    std::stop_source client;
+    auto waiting = std::async(std::launch::async, digest, routes, client.get_token());
+    engine.began.wait();
+
+    client.request_stop();
+
+    EXPECT_EQ(waiting.get().status, 503);
+    EXPECT_EQ(engine.askedAside, 1);
 }
 
 TEST(Assistant, LeavesAQuarterOfTheWindowToTheAnswer)
