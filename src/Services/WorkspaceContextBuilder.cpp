@@ -1,6 +1,7 @@
 #include "Services/WorkspaceContextBuilder.h"
 
 #include "documents/DocumentType.h"
+#include "foundation/BackgroundPool.h"
 #include "foundation/CharacterBreaks.h"
 #include "foundation/FileAccess.h"
 #include "Services/ProjectWalk.h"
@@ -154,7 +155,7 @@ QFuture<QList<ContextItem>> buildContext(const QString &query, const std::option
 {
     if (!project)
         return QtFuture::makeReadyFuture(QList<ContextItem>());
-    return QtConcurrent::run(rankFiles, query, project->rootURL, activeFileURL, limit, stop);
+    return QtConcurrent::run(&backgroundPool(), rankFiles, query, project->rootURL, activeFileURL, limit, stop);
 }
 
 QList<ContextItem> rankFiles(const QString &query, const FileURL &root, const std::optional<FileURL> &activeFileURL,

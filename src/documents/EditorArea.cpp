@@ -3,6 +3,7 @@
 #include "documents/DocumentStore.h"
 #include "documents/Workspace.h"
 #include "foundation/AppEvents.h"
+#include "foundation/BackgroundPool.h"
 #include "foundation/ConsoleLine.h"
 #include "foundation/EventCenter.h"
 
@@ -294,7 +295,7 @@ QCoro::Task<> EditorArea::writeNewDocument(FileURL url)
     // 1. The empty file, past the store: nothing of the workspace changes before it exists.
     const std::stop_token stop = m_lifetime.get_token();
     const bool wasUnsaved = m_services.store.hasUnsavedText(url);
-    const QFuture<Result<void>> writing = QtConcurrent::run(writeEmptyFile, &m_services.disk, url);
+    const QFuture<Result<void>> writing = QtConcurrent::run(&backgroundPool(), writeEmptyFile, &m_services.disk, url);
     const Result<void> written = co_await writing;
     if (stop.stop_requested())
         co_return;

@@ -3,6 +3,7 @@
 #include "documents/FileTree.h"
 #include "documents/Workspace.h"
 #include "foundation/AppEvents.h"
+#include "foundation/BackgroundPool.h"
 #include "foundation/EventCenter.h"
 
 #include <QCoro/QCoroFuture>
@@ -55,7 +56,8 @@ QCoro::Task<> ProjectsList::scan(QList<ProjectReference> projects)
 {
     const std::stop_token stop = m_reload.get_token();
     // A scan that was replaced runs out; one that outlives the list would hold up the end of the process.
-    const QFuture<QList<FileItem>> scanning = QtConcurrent::run(buildTree, projects, m_lifetime.get_token());
+    const QFuture<QList<FileItem>> scanning =
+        QtConcurrent::run(&backgroundPool(), buildTree, projects, m_lifetime.get_token());
     QList<FileItem> items = co_await scanning;
     if (stop.stop_requested())
         co_return; // replaced, or the list is gone

@@ -1,5 +1,7 @@
 #include "editing/FindSession.h"
 
+#include "foundation/BackgroundPool.h"
+
 #include <QCoroFuture>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -79,6 +81,7 @@ QCoro::Task<> FindSession::search()
         co_return;
     }
     const SearchResult result = co_await QtConcurrent::run(
+        &backgroundPool(),
         [](const SearchQuery &query, const ChunkedText &text, const std::stop_token &token) {
             return occurrences(query, text, SearchResult::kMostRanges, token);
         },

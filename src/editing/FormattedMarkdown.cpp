@@ -6,6 +6,7 @@
 #include "editing/MarkdownRendering.h"
 #include "editing/Paragraphs.h"
 #include "editing/TextDifference.h"
+#include "foundation/BackgroundPool.h"
 
 #include <QCoroFuture>
 #include <QtConcurrent/QtConcurrentRun>
@@ -156,7 +157,8 @@ QCoro::Task<> FormattedMarkdown::prepare()
 {
     m_preparation = std::stop_source();
     const std::stop_token stop = m_preparation.get_token();
-    const std::shared_ptr<NormalForm> form = co_await QtConcurrent::run(normalFormOf, m_markdown, stop);
+    const std::shared_ptr<NormalForm> form =
+        co_await QtConcurrent::run(&backgroundPool(), normalFormOf, m_markdown, stop);
     if (stop.stop_requested())
         co_return; // the Markdown has changed, or the object is gone
     m_normalForm = form;

@@ -4,6 +4,7 @@
 #include "documents/EditorArea.h"
 #include "documents/Workspace.h"
 #include "foundation/AppEvents.h"
+#include "foundation/BackgroundPool.h"
 #include "foundation/EventCenter.h"
 #include "panels/RobustMatch.h"
 #include "Services/LocalAIService.h"
@@ -193,7 +194,7 @@ QCoro::Task<> SelectionTools::replace(FileURL url, QString sought, QString repla
     std::optional<TextRange> range;
     do { // again if somebody typed while the document was searched
         document = m_parts.area.text(url);
-        range = co_await QtConcurrent::run(rangeIn, sought, document);
+        range = co_await QtConcurrent::run(&backgroundPool(), rangeIn, sought, document);
         if (stop.stop_requested() || !range)
             co_return;
     } while (m_parts.area.text(url) != document);

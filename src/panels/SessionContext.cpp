@@ -1,6 +1,7 @@
 #include "panels/SessionContext.h"
 
 #include "foundation/AppEvents.h"
+#include "foundation/BackgroundPool.h"
 #include "foundation/ConsoleLine.h"
 #include "foundation/EventCenter.h"
 #include "foundation/FileAccess.h"
@@ -140,7 +141,7 @@ void SessionContext::attachFiles(const QList<FileURL> &urls, AttachmentSource so
 QCoro::Task<> SessionContext::attachFile(FileURL url, AttachmentSource source)
 {
     const std::stop_token stop = m_life.get_token();
-    const Result<ChunkedText> text = co_await QtConcurrent::run(readText, url);
+    const Result<ChunkedText> text = co_await QtConcurrent::run(&backgroundPool(), readText, url);
     if (stop.stop_requested())
         co_return;
     if (!text) {

@@ -3,6 +3,7 @@
 #include "documents/DocumentStore.h"
 #include "documents/EditorArea.h"
 #include "foundation/AppEvents.h"
+#include "foundation/BackgroundPool.h"
 #include "foundation/ConsoleLine.h"
 #include "foundation/EventCenter.h"
 #include "panels/RobustMatch.h"
@@ -104,7 +105,8 @@ QCoro::Task<bool> SuggestionActions::write(EditSuggestion suggestion, FileURL ur
             printFileFailure(text.failure());
             co_return false;
         }
-        const std::optional<ChunkedText> document = co_await QtConcurrent::run(edited, suggestion, text.value());
+        const std::optional<ChunkedText> document =
+            co_await QtConcurrent::run(&backgroundPool(), edited, suggestion, text.value());
         if (stop.stop_requested())
             co_return false;
         if (!document) {
@@ -114,7 +116,8 @@ QCoro::Task<bool> SuggestionActions::write(EditSuggestion suggestion, FileURL ur
         if (m_parts.area.text(url) != shown)
             continue; // somebody typed: that goes into the file first
 
-        const Result<void> written = co_await QtConcurrent::run(writeTo, &m_parts.disk, url, *document);
+        const Result<void> written =
+            co_await QtConcurrent::run(&backgroundPool(), writeTo, &m_parts.disk, url, *document);
         if (stop.stop_requested())
             co_return false;
         if (!written) {

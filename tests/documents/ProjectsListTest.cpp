@@ -2,6 +2,7 @@
 
 #include "documents/Workspace.h"
 #include "foundation/AppEvents.h"
+#include "foundation/BackgroundPool.h"
 #include "foundation/EventCenter.h"
 #include "foundation/Preferences.h"
 #include "tests/support/HeldWorkers.h"
@@ -9,7 +10,6 @@
 #include "tests/support/Waiting.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QThreadPool>
 #include <QtTest/QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -52,7 +52,7 @@ protected:
     /// Waits until no scan can still bring a result.
     static void drain()
     {
-        QThreadPool::globalInstance()->waitForDone();
+        backgroundPool().waitForDone();
         QCoreApplication::processEvents();
         QCoreApplication::processEvents();
     }

@@ -1,5 +1,6 @@
 #include "editing/FindBar.h"
 
+#include "foundation/BackgroundPool.h"
 #include "foundation_ui/IconButton.h"
 #include "foundation_ui/Label.h"
 #include "foundation_ui/TextButton.h"
@@ -9,7 +10,6 @@
 #include "tests/support/Waiting.h"
 
 #include <gtest/gtest.h>
-#include <QtCore/QThreadPool>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLineEdit>
@@ -72,7 +72,7 @@ struct Finding {
         findField().setFocus();
         findField().selectAll();
         QTest::keyClicks(&findField(), text);
-        QThreadPool::globalInstance()->waitForDone(); // the count of the last key, not of one before
+        backgroundPool().waitForDone(); // the count of the last key, not of one before
         QApplication::processEvents();
     }
     void click(const QString &name) const { named<QAbstractButton>(name)->click(); }

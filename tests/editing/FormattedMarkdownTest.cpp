@@ -2,13 +2,13 @@
 
 #include "editing/MarkdownRendering.h"
 #include "editing/MarkdownWriting.h"
+#include "foundation/BackgroundPool.h"
 #include "tests/editing/AttributedTextPrinter.h"
 #include "tests/editing/GeneratedMarkdown.h"
 #include "tests/support/Printers.h"
 #include "tests/support/Waiting.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -49,7 +49,7 @@ protected:
         m_markdown.followEdit(m_owner, change);
     }
 
-    static bool isBeingPrepared() { return QThreadPool::globalInstance()->activeThreadCount() > 0; }
+    static bool isBeingPrepared() { return backgroundPool().activeThreadCount() > 0; }
 
     EditableText m_text;
     FormattedMarkdown m_markdown{m_text};
@@ -192,7 +192,7 @@ TEST_F(FormattedMarkdownOf, AnEditWhileTheNormalFormIsMadeWritesTheSame)
     m_text.replace({0, 0}, u"y", EditKind::Typing);
 
     EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
-    EXPECT_TRUE(QThreadPool::globalInstance()->waitForDone());
+    EXPECT_TRUE(backgroundPool().waitForDone());
     QCoreApplication::processEvents();
     m_text.replace({1, 0}, u"z", EditKind::Typing);
     EXPECT_EQ(written(), ChunkedText(serializeMarkdown(shown())).toString());
@@ -238,7 +238,7 @@ TEST_F(FormattedMarkdownOf, MayGoWhileTheNormalFormIsMade)
 
     formatted.reset();
 
-    EXPECT_TRUE(QThreadPool::globalInstance()->waitForDone());
+    EXPECT_TRUE(backgroundPool().waitForDone());
     QCoreApplication::processEvents();
 }
 

@@ -1,19 +1,19 @@
 #pragma once
 
+#include "foundation/BackgroundPool.h"
+
 #include <QtCore/QSemaphore>
-#include <QtCore/QThreadPool>
 
 namespace Tessaline {
 
-/// While this lives, all workers are busy: what is handed to them has not even begun. NOTE: the toolkit draws large
-/// shapes with the same workers, so nothing may be painted meanwhile.
+/// While this lives, all workers are busy: what is handed to them has not even begun.
 class HeldWorkers
 {
 public:
     HeldWorkers()
     {
         for (int i = 0; i < m_count; ++i)
-            QThreadPool::globalInstance()->start([begun = &m_begun, released = &m_released] {
+            backgroundPool().start([begun = &m_begun, released = &m_released] {
                 begun->release();
                 released->acquire();
             });
@@ -27,11 +27,11 @@ public:
     void letGo()
     {
         m_released.release(m_count);
-        QThreadPool::globalInstance()->waitForDone();
+        backgroundPool().waitForDone();
     }
 
 private:
-    const int m_count = QThreadPool::globalInstance()->maxThreadCount();
+    const int m_count = backgroundPool().maxThreadCount();
     QSemaphore m_begun;
     QSemaphore m_released;
 };
