@@ -16,7 +16,7 @@ struct EngineState {
     enum class Phase { Loading, Downloading, Ready, Explained };
     Phase phase = Phase::Loading;
     int percent = -1;        // of the download or the load; below 0: unknown
-    std::string explanation; // a few plain sentences, for Explained
+    std::string explanation; // a few plain sentences: always for Explained, for Loading if there is more to say
     friend bool operator==(const EngineState &, const EngineState &) = default;
 };
 
@@ -31,9 +31,10 @@ struct EngineRequest {
 
 /// How an answer ended.
 struct EngineOutcome {
-    enum class End { Complete, Stopped, Failed, TooLong };
+    /// Silent: nobody answered at all. Failed: it began, or refused, and said why.
+    enum class End { Complete, Stopped, Failed, Silent, TooLong };
     End end = End::Complete;
-    std::string sentence; // for the person, if it failed or the prompt was too long
+    std::string sentence; // for the person, unless it is complete or was stopped
 };
 
 /// A piece of the answer; false if no more is wanted.

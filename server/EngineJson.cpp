@@ -59,6 +59,30 @@ std::optional<int> positiveInt(const Json &value)
     return static_cast<int>(*number);
 }
 
+/// What an engine says, as a part of one sentence of ours: in one line, without its own full stop, and not for ever.
+std::string asPartOfSentence(std::string_view text)
+{
+    constexpr size_t kLongest = 300; // bytes
+    std::string part;
+    for (const char sign : text) {
+        const bool isBlank = static_cast<unsigned char>(sign) <= ' ' || sign == '\x7f';
+        if (!isBlank)
+            part += sign;
+        else if (!part.empty() && part.back() != ' ')
+            part += ' ';
+    }
+    if (part.size() > kLongest) {
+        size_t end = kLongest;
+        while (end > 0 && (static_cast<unsigned char>(part[end]) & 0xC0) == 0x80)
+            --end;
+        part.resize(end);
+        part += "…";
+    }
+    while (part.ends_with(' ') || part.ends_with('.'))
+        part.pop_back();
+    return part;
+}
+
 Json messages(const EngineRequest &request)
 {
     Json list = Json::array();
@@ -150,6 +174,7 @@ EngineError engineError(std::string_view body)
     EngineError found{textOf(at(error, "type")), textOf(at(error, "message"))};
     if (error.is_string())
         found.message = error.get<std::string>();
+    found.message = asPartOfSentence(found.message);
     if (found.message.empty())
         found.message = found.type.empty() ? "it did not say why" : found.type;
     return found;

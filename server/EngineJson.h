@@ -39,7 +39,7 @@ EngineLine ollamaLine(std::string_view line);
 /// Why an engine refused, from the body of its answer.
 struct EngineError {
     std::string type;
-    std::string message; // empty if it says nothing
+    std::string message; // a part of one sentence, never empty
 };
 EngineError engineError(std::string_view body);
 

@@ -32,6 +32,7 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
 {
     constexpr int kCouldNotStart = 127;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    setpgid(0, 0); // what it starts belongs to it
     if (getppid() != parent)
         _exit(kCouldNotStart);
     struct sigaction action = {};
@@ -105,6 +106,7 @@ EngineProcess::EngineProcess(const EngineCommand &command, std::string &error)
         while (waitid(P_PID, static_cast<id_t>(m_child), &info, WEXITED | WNOWAIT) == -1 && errno == EINTR) {
         }
         const std::lock_guard guard(m_mutex);
+        ::kill(-m_child, SIGKILL); // what it has left behind, such as an engine that a script started
         int status = 0;
         waitpid(m_child, &status, 0);
         m_status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
@@ -128,7 +130,7 @@ void EngineProcess::signal(int number)
 {
     const std::lock_guard guard(m_mutex);
     if (m_child != -1 && !m_status)
-        ::kill(m_child, number);
+        ::kill(-m_child, number);
 }
 
 void EngineProcess::terminate()

@@ -22,8 +22,8 @@ struct EngineCommand {
     std::function<void(std::string_view line)> line;
 };
 
-/// A program that this one started. It is killed when this process ends, however that comes about; for that the thread
-/// that starts it must live as long as it.
+/// A program that this one started, with what it starts itself: that is ended with it. It is killed when this process
+/// ends, however that comes about; for that the thread that starts it must live as long as it.
 class EngineProcess
 {
 public:

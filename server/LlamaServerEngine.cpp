@@ -81,13 +81,8 @@ std::optional<int> percentageIn(std::string_view line)
 }
 
 LlamaServerEngine::LlamaServerEngine(const Settings &settings, std::string program, StateListener listener)
-    : m_settings(settings), m_program(std::move(program)), m_state(std::move(listener))
+    : OpenAiEngine(std::move(listener)), m_settings(settings), m_program(std::move(program))
 {}
-
-LlamaServerEngine::~LlamaServerEngine()
-{
-    LlamaServerEngine::end();
-}
 
 void LlamaServerEngine::supervise(const std::stop_token &stop)
 {
@@ -99,11 +94,13 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
     std::error_code ignored;
     std::filesystem::create_directories(m_settings.modelFolder, ignored);
     std::vector<std::string> model;
+    Phase progress = Phase::Loading; // what a percentage in its output is of
     if (const std::optional<std::string> file = modelFile(m_settings.modelFolder, m_settings.modelId))
         model = {"--model", *file};
-    else if (const std::optional<ModelNames> names = modelNames(m_settings.modelId))
+    else if (const std::optional<ModelNames> names = modelNames(m_settings.modelId)) {
         model = {"--hf-repo", std::string(names->repository)};
-    else
+        progress = Phase::Downloading;
+    } else
         return m_state.set({Phase::Explained, -1,
                             "The model “" + m_settings.modelId + "” is not known to this server. Put its file, " +
                                 m_settings.modelId + ".gguf, into " + m_settings.modelFolder +
@@ -115,7 +112,7 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
         const OpenAiPeer peer{{"127.0.0.1", freePort(), {}}, randomKey(), m_settings.modelId};
         EngineCommand command{m_program, llamaArguments(m_settings, model, peer.address.port),
                               llamaEnvironment(ownEnvironment(), m_settings, peer.key),
-                              [this](std::string_view line) { noteLine(line); }};
+                              [this, progress](std::string_view line) { noteLine(line, progress); }};
         m_state.set({Phase::Loading, -1, {}}); // before it can say how far it is
         std::string error;
         EngineProcess process(command, error);
@@ -146,10 +143,7 @@ bool LlamaServerEngine::becomesReady(EngineProcess &process, const OpenAiPeer &p
     while (!stop.stop_requested() && !process.waitForEnd(kInterval)) {
         if (httpCall(peer.address, {"/health", {}, peer.key, std::chrono::seconds(5)}, stop).status != 200)
             continue;
-        const std::optional<int> contextTokens = openAiContextTokens(peer, stop);
-        const std::lock_guard guard(m_mutex);
-        m_peer = peer;
-        m_contextTokens = contextTokens;
+        adopt(peer, stop);
         return true;
     }
     return false;
@@ -163,49 +157,19 @@ void LlamaServerEngine::explain(const std::string &reason)
                      "Choose another model in the settings, or start Tessaline again when the cause is gone."});
 }
 
-void LlamaServerEngine::noteLine(std::string_view line)
+void LlamaServerEngine::noteLine(std::string_view line, Phase progress)
 {
     constexpr size_t kLongest = 300; // bytes that are shown
     const std::optional<int> percent = percentageIn(line);
     if (percent && m_state.state().phase != Phase::Ready)
-        return m_state.set({Phase::Downloading, *percent, {}});
+        return m_state.set({progress, *percent, {}});
     const std::lock_guard guard(m_mutex);
     m_lastLine = line.substr(0, kLongest);
 }
 
-OpenAiPeer LlamaServerEngine::peer() const
-{
-    const std::lock_guard guard(m_mutex);
-    return m_peer;
-}
-
-std::optional<int> LlamaServerEngine::contextTokens() const
-{
-    const std::lock_guard guard(m_mutex);
-    return m_contextTokens;
-}
-
-std::optional<int> LlamaServerEngine::countTokens(std::string_view text, std::stop_token stop)
-{
-    return openAiCountTokens(peer(), text, std::move(stop));
-}
-
-EngineOutcome LlamaServerEngine::generate(const EngineRequest &request, std::stop_token stop,
-                                          const TokenReceiver &token)
-{
-    return openAiGenerate(peer(), request, std::move(stop), token);
-}
-
 void LlamaServerEngine::begin()
 {
-    m_thread = std::jthread([this](const std::stop_token &stop) { supervise(stop); });
-}
-
-void LlamaServerEngine::end()
-{
-    m_thread.request_stop();
-    if (m_thread.joinable())
-        m_thread.join();
+    m_worker.begin([this](const std::stop_token &stop) { supervise(stop); });
 }
 
 } // namespace Tessaline::Server

@@ -1,15 +1,13 @@
 #pragma once
 
-#include "server/Engine.h"
 #include "server/EngineProcess.h"
-#include "server/OpenAiTalk.h"
+#include "server/OpenAiEngine.h"
 #include "server/Settings.h"
-#include "server/StateKeeper.h"
+#include "server/Worker.h"
 
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace Tessaline::Server {
@@ -17,35 +15,26 @@ namespace Tessaline::Server {
 /// llama.cpp's `llama-server` as a child of this process, on a free port and with a key for this run, which nobody else
 /// has: whatever a web page or another program sends it, it refuses. It is started anew when it dies after it was
 /// ready; when it dies before, twice, the person is told what it said last.
-class LlamaServerEngine final : public Engine
+class LlamaServerEngine final : public OpenAiEngine
 {
 public:
     LlamaServerEngine(const Settings &settings, std::string program, StateListener listener);
-    ~LlamaServerEngine() override;
 
     std::string name() const override { return "llama-server (" + m_program + ")"; }
-    EngineState state() const override { return m_state.state(); }
-    std::optional<int> contextTokens() const override;
-    std::optional<int> countTokens(std::string_view text, std::stop_token stop) override;
-    EngineOutcome generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token) override;
     void begin() override;
-    void end() override;
+    void end() override { m_worker.end(); }
 
 private:
     void supervise(const std::stop_token &stop);
     bool becomesReady(EngineProcess &process, const OpenAiPeer &peer, const std::stop_token &stop);
     void explain(const std::string &reason);
-    void noteLine(std::string_view line);
-    OpenAiPeer peer() const;
+    void noteLine(std::string_view line, EngineState::Phase progress);
 
     const Settings m_settings;
     const std::string m_program;
-    StateKeeper m_state;
-    mutable std::mutex m_mutex; // guards what follows
-    OpenAiPeer m_peer;
-    std::optional<int> m_contextTokens;
+    std::mutex m_mutex;     // guards m_lastLine
     std::string m_lastLine; // of its output
-    std::jthread m_thread;  // last: it ends first
+    Worker m_worker;        // last: it ends first
 };
 
 /// The arguments for `llama-server`; `model` are the words that name the model.

@@ -1,7 +1,6 @@
 #include "server/OllamaEngine.h"
 
-#include "server/EngineJson.h"
-#include "server/HttpClient.h"
+#include "server/EngineTalk.h"
 #include "server/Lines.h"
 #include "server/ModelNames.h"
 
@@ -13,11 +12,7 @@ namespace Tessaline::Server {
 
 namespace {
 
-using End = EngineOutcome::End;
 using Phase = EngineState::Phase;
-
-constexpr std::string_view kRemote =
-    "Ollama would send what you write to another machine; Tessaline does not allow that.";
 
 std::string ollamaName(const std::string &modelId)
 {
@@ -44,19 +39,48 @@ std::string OllamaEngine::name() const
 
 void OllamaEngine::prepare(const std::stop_token &stop)
 {
-    const HttpOutcome tags = httpCall(m_settings.ollama, {"/api/tags", {}, {}, std::chrono::seconds(10)}, stop);
-    const auto models = ollamaModels(tags.body).value_or(std::vector<OllamaModel>{});
-    const auto found = std::find_if(models.begin(), models.end(), [this](const OllamaModel &model) {
-        return model.name == m_model || model.name == m_model + ":latest";
-    });
-    if (found == models.end())
-        return pull(stop);
-    if (found->isRemote)
-        return m_state.set({Phase::Explained, -1, std::string(kRemote)});
-    m_state.set({Phase::Ready, -1, {}});
+    constexpr std::chrono::milliseconds kInterval{250};
+    bool hasPulled = false;
+    while (!stop.stop_requested()) {
+        switch (look(stop)) {
+        case Found::Nobody:
+            if (m_state.state().phase == Phase::Ready)
+                m_state.set({Phase::Loading, -1, "There is no answer from " + name() + "."});
+            m_worker.sleep(stop, kInterval);
+            continue;
+        case Found::RemoteModel:
+            return m_state.set({Phase::Explained, -1, remoteSentence("Ollama")});
+        case Found::OnlyOthers:
+            // NOTE: what has come may be listed by another name; a question tells.
+            if (hasPulled)
+                break;
+            if (!pull(stop))
+                return;
+            hasPulled = true;
+            continue; // what has come may be of another machine
+        case Found::Model:
+            break;
+        }
+        m_state.set({Phase::Ready, -1, {}});
+        m_worker.sleep(stop); // until somebody misses it
+    }
 }
 
-void OllamaEngine::pull(const std::stop_token &stop)
+OllamaEngine::Found OllamaEngine::look(const std::stop_token &stop) const
+{
+    const HttpOutcome tags = httpCall(m_settings.ollama, {"/api/tags", {}, {}, std::chrono::seconds(10)}, stop);
+    const auto models = ollamaModels(tags.body);
+    if (tags.status != 200 || !models)
+        return Found::Nobody;
+    const auto found = std::find_if(models->begin(), models->end(), [this](const OllamaModel &model) {
+        return model.name == m_model || model.name == m_model + ":latest";
+    });
+    if (found == models->end())
+        return Found::OnlyOthers;
+    return found->isRemote ? Found::RemoteModel : Found::Model;
+}
+
+bool OllamaEngine::pull(const std::stop_token &stop)
 {
     // The parts of a model are told one after the other; the largest comes first, so that the sum hardly ever goes
     // back.
@@ -69,7 +93,7 @@ void OllamaEngine::pull(const std::stop_token &stop)
         httpCall(m_settings.ollama, {"/api/pull", ollamaPullBody(m_model), {}}, stop, [&](std::string_view bytes) {
             return lines.append(bytes, [&](std::string_view line) {
                 const EngineLine meaning = ollamaLine(line);
-                error = meaning.isRemote ? std::string(kRemote) : meaning.error;
+                error = meaning.isRemote ? remoteSentence("Ollama") : meaning.error;
                 isDone = meaning.isDone;
                 if (meaning.total > 0)
                     parts[meaning.part] = {meaning.completed, meaning.total};
@@ -85,61 +109,30 @@ void OllamaEngine::pull(const std::stop_token &stop)
             });
         });
     if (stop.stop_requested())
-        return;
+        return false;
     if (isDone && error.empty())
-        return m_state.set({Phase::Ready, -1, {}});
+        return true;
     if (error.empty())
         error =
             outcome.status == 0 || outcome.status == 200 ? "the connection broke" : engineError(outcome.body).message;
     m_state.set({Phase::Explained, -1,
                  "Ollama could not fetch the model " + m_model + ": " + error + ". Try “ollama pull " + m_model +
                      "” in a terminal, and start Tessaline again."});
+    return false;
 }
 
 EngineOutcome OllamaEngine::generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token)
 {
-    Lines lines;
-    std::string error;
-    bool isDone = false;
-    bool isRemote = false;
-    bool isUnwanted = false;
-    const std::string body = ollamaChatBody(request, m_model, m_settings.contextTokens);
-    const HttpOutcome outcome = httpCall(m_settings.ollama, {"/api/chat", body, {}}, stop, [&](std::string_view bytes) {
-        return lines.append(bytes, [&](std::string_view line) {
-            const EngineLine meaning = ollamaLine(line);
-            error = meaning.error;
-            isRemote = meaning.isRemote;
-            isDone = meaning.isDone;
-            if (!isRemote && !meaning.token.empty() && !token(meaning.token))
-                isUnwanted = true;
-            return error.empty() && !isRemote && !isDone && !isUnwanted;
-        });
-    });
-    if (stop.stop_requested() || isUnwanted)
-        return {End::Stopped, {}};
-    if (isRemote)
-        return {End::Failed, std::string(kRemote)};
-    if (!error.empty())
-        return {End::Failed, "Ollama reports a failure: " + error + "."};
-    if (isDone)
-        return {End::Complete, {}};
-    if (outcome.status == 0)
-        return {End::Failed, "Ollama does not answer."};
-    if (outcome.status == 200)
-        return {End::Failed, "Ollama ended in the middle of its answer."};
-    return {End::Failed, "Ollama refused the question: " + engineError(outcome.body).message + "."};
+    const HttpCall call{"/api/chat", ollamaChatBody(request, m_model, m_settings.contextTokens), {}};
+    EngineOutcome outcome = ask({m_settings.ollama, "Ollama", ollamaLine}, call, stop, token);
+    if (outcome.end == EngineOutcome::End::Silent)
+        m_worker.wake();
+    return outcome;
 }
 
 void OllamaEngine::begin()
 {
-    m_thread = std::jthread([this](const std::stop_token &stop) { prepare(stop); });
-}
-
-void OllamaEngine::end()
-{
-    m_thread.request_stop();
-    if (m_thread.joinable())
-        m_thread.join();
+    m_worker.begin([this](const std::stop_token &stop) { prepare(stop); });
 }
 
 } // namespace Tessaline::Server

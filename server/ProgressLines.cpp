@@ -11,6 +11,8 @@ std::string lineFor(const EngineState &state, const std::string &model)
     const std::string percent = state.percent < 0 ? std::string() : ": " + std::to_string(state.percent) + " %";
     switch (state.phase) {
     case EngineState::Phase::Loading:
+        if (!state.explanation.empty())
+            return state.explanation;
         return "Loading " + model + percent;
     case EngineState::Phase::Downloading:
         return "Downloading " + model + percent;
