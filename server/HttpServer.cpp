@@ -1,6 +1,6 @@
 #include "server/HttpServer.h"
 
-#include "server/ClientSocket.h"
+#include "server/Connections.h"
 #include "server/Records.h"
 #include "server/RequestGate.h"
 
@@ -9,9 +9,10 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <exception>
+#include <fcntl.h>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -24,38 +25,6 @@ namespace Tessaline::Server {
 namespace {
 
 constexpr std::chrono::milliseconds kWatchInterval{100}; // within that an answer is told that the server ends
-
-/// One thread for each connection, as long as it lasts, so that slow clients hold up nobody and the idle server has
-/// none.
-class ConnectionThreads final : public httplib::TaskQueue
-{
-public:
-    void enqueue(std::function<void()> task) override
-    {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_count < HttpServer::kMostConnections; });
-        ++m_count;
-        lock.unlock();
-        std::thread([this, task = std::move(task)] {
-            task();
-            // NOTE: notified under the lock, since this object may be gone as soon as the count is seen to be 0.
-            const std::lock_guard guard(m_mutex);
-            --m_count;
-            m_changed.notify_all();
-        }).detach();
-    }
-
-    void shutdown() override
-    {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_count == 0; });
-    }
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    int m_count = 0; // connections
-};
 
 /// The library's view of a connection.
 class ClientStream final : public httplib::Stream
@@ -111,6 +80,49 @@ private:
     std::thread m_thread;
 };
 
+/// One of the answers that are being worked on, as long as it lives; there are `mostAnswers` at once.
+class AnswerPlace
+{
+public:
+    AnswerPlace(std::atomic<int> &taken, int places) : m_taken(taken), m_isThere(++taken <= places) {}
+    ~AnswerPlace() { --m_taken; }
+    AnswerPlace(const AnswerPlace &) = delete;
+    AnswerPlace &operator=(const AnswerPlace &) = delete;
+
+    bool isThere() const { return m_isThere; }
+
+private:
+    std::atomic<int> &m_taken;
+    const bool m_isThere;
+};
+
+/// What an answer needs until its end.
+struct RunningAnswer {
+    RunningAnswer(std::atomic<int> &taken, int places, int socket, const std::atomic<bool> &isStopping)
+        : place(taken, places), watch(socket, isStopping)
+    {}
+    AnswerPlace place;
+    ClientWatch watch;
+};
+
+/// What is answered to a request that could not be read.
+Reply replyTo(ClientSocket::Limit limit)
+{
+    switch (limit) {
+    case ClientSocket::Limit::Head:
+        return {431, errorBody("The request’s head is too large.")};
+    case ClientSocket::Limit::Body:
+        return {413, errorBody("The body is too large.")};
+    case ClientSocket::Limit::Time:
+        return {408, errorBody("The request took too long.")};
+    case ClientSocket::Limit::Memory:
+        return {503, errorBody("The server holds too much at once. Ask again in a moment.")};
+    case ClientSocket::Limit::None:
+        break;
+    }
+    return {400, errorBody("The request cannot be answered.")};
+}
+
 /// The connection that a thread answers: the library passes it no further than to the stream.
 thread_local ClientSocket *t_client = nullptr;
 
@@ -125,10 +137,8 @@ void setReply(httplib::Response &response, const Reply &reply)
 class HttpServer::Listener final : public httplib::Server
 {
 public:
-    Listener()
+    explicit Listener(const ClientLimits &limits) : m_connections(limits)
     {
-        new_task_queue = [] { return new ConnectionThreads; };
-        set_payload_max_length(ClientSocket::kLargestBody);
         // Without the library's own options, which would let two servers have the port at once.
         set_socket_options([](socket_t socket) {
             const int yes = 1;
@@ -138,8 +148,13 @@ public:
             return isAdmitted(request, response) ? HandlerResponse::Unhandled : HandlerResponse::Handled;
         });
         set_error_handler([](const httplib::Request &, httplib::Response &response) {
-            if (response.body.empty())
-                response.set_content(errorBody("The request cannot be answered."), "application/json");
+            const bool isUnread = t_client->reached() != ClientSocket::Limit::None;
+            if (!isUnread && !response.body.empty())
+                return;
+            const int status = response.status;
+            setReply(response, replyTo(t_client->reached()));
+            if (!isUnread)
+                response.status = status;
         });
         set_exception_handler([](const httplib::Request &, httplib::Response &response, const std::exception_ptr &) {
             setReply(response, {500, errorBody("The request could not be answered.")});
@@ -147,12 +162,19 @@ public:
         Get("/health",
             [this](const httplib::Request &, httplib::Response &response) { setReply(response, m_routes.health()); });
     }
+    ~Listener() override
+    {
+        if (svr_sock_ != INVALID_SOCKET)
+            close(svr_sock_);
+    }
+    Listener(const Listener &) = delete;
+    Listener &operator=(const Listener &) = delete;
 
     bool bind(int port)
     {
-        constexpr int kBacklog = 128; // the library asks for five
+        constexpr int kBacklog = SOMAXCONN; // the library asks for five; who comes later waits for a second
         m_port = port == 0 ? bind_to_any_port("127.0.0.1") : bind_to_port("127.0.0.1", port) ? port : -1;
-        return m_port > 0 && ::listen(svr_sock_, kBacklog) == 0;
+        return m_port > 0 && fcntl(svr_sock_, F_SETFL, O_NONBLOCK) == 0 && ::listen(svr_sock_, kBacklog) == 0;
     }
 
     int port() const { return m_port; }
@@ -164,28 +186,21 @@ public:
             Post(path, [this, &answer = answer](const httplib::Request &request, httplib::Response &response) {
                 respond(request, response, answer);
             });
-        if (!m_isStopping)
-            listen_after_bind();
-        m_hasEnded = true;
+        m_connections.run(svr_sock_, [this](ClientSocket &client) { answerOn(client); });
     }
 
-    void end()
-    {
-        // NOTE: the library forgets a stop that comes before it runs, so that is waited for.
-        m_isStopping = true;
-        while (!m_hasEnded && !is_running())
-            std::this_thread::sleep_for(kWatchInterval / 10);
-        if (is_running())
-            stop();
-    }
+    void end() { m_connections.stop(); }
 
 private:
     bool isAdmitted(const httplib::Request &request, httplib::Response &response) const
     {
-        const RequestHead head{request.has_header("Origin"), static_cast<int>(request.get_header_value_count("Host")),
-                               request.get_header_value("Host")};
-        if (const std::optional<std::string> sentence = refusal(head, m_port)) {
-            setReply(response, {403, errorBody(*sentence)});
+        const std::optional<RequestHead> head = parseHead(t_client->head());
+        if (!head) {
+            setReply(response, {400, errorBody("The request’s head is malformed.")});
+            return false;
+        }
+        if (const std::optional<Refusal> refused = refusal(*head, m_port, m_connections.limits().largestBody)) {
+            setReply(response, {refused->status, errorBody(refused->sentence)});
             return false;
         }
         const bool isHealth = request.path == "/health";
@@ -204,12 +219,16 @@ private:
     template <class Answer>
     void respond(const httplib::Request &request, httplib::Response &response, const Answer &answer)
     {
-        const auto watch = std::make_shared<ClientWatch>(t_client->number(), m_isStopping);
-        std::variant<Reply, EventStream> reply = answer(request.body, watch->token());
+        t_client->beginAnswer();
+        const auto running = std::make_shared<RunningAnswer>(m_answers, m_connections.limits().mostAnswers,
+                                                             t_client->number(), m_connections.isStopping());
+        if (!running->place.isThere())
+            return setReply(response, {503, errorBody("The server has too much to answer. Ask again in a moment.")});
+        std::variant<Reply, EventStream> reply = answer(request.body, running->watch.token());
         if (const Reply *const whole = std::get_if<Reply>(&reply))
             return setReply(response, *whole);
         response.set_header("Cache-Control", "no-store");
-        response.set_content_provider("text/event-stream", [watch, stream = std::get<EventStream>(std::move(reply))](
+        response.set_content_provider("text/event-stream", [running, stream = std::get<EventStream>(std::move(reply))](
                                                                size_t, httplib::DataSink &sink) {
             stream([&sink](std::string_view bytes) { return sink.write(bytes.data(), bytes.size()); });
             sink.done();
@@ -217,25 +236,26 @@ private:
         });
     }
 
-    bool process_and_close_socket(socket_t socket) override
+    void answerOn(ClientSocket &client)
     {
-        ClientSocket client(socket);
         ClientStream stream(client);
         t_client = &client;
         bool isClosed = true;
-        const bool isGood =
+        try {
             process_request(stream, true, isClosed, [&client](httplib::Request &) { client.beginBody(); });
+        } catch (const std::exception &) {
+            client.cut(); // there is no memory for as much as an answer
+        }
         t_client = nullptr;
-        return isGood;
     }
 
     Routes m_routes;
     int m_port = -1;
-    std::atomic<bool> m_isStopping = false;
-    std::atomic<bool> m_hasEnded = false;
+    std::atomic<int> m_answers = 0; // that are being worked on
+    Connections m_connections;
 };
 
-HttpServer::HttpServer() : m_listener(std::make_unique<Listener>()) {}
+HttpServer::HttpServer(const ClientLimits &limits) : m_listener(std::make_unique<Listener>(limits)) {}
 
 HttpServer::~HttpServer() = default;
 

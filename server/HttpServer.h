@@ -1,5 +1,7 @@
 #pragma once
 
+#include "server/ClientSocket.h"
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -33,14 +35,12 @@ struct Routes {
 };
 
 /// HTTP on 127.0.0.1. Each connection has a thread of its own and carries one request, which must be there in full
-/// within `kRequestTime`. What does not pass the gate gets 403, a body of more than 64 MiB 413, an unknown path 404 or
-/// 405.
+/// within its time. What does not pass the gate is refused (403 for web pages and other names, 4xx for what is
+/// malformed), an unknown path gets 404 or 405, what takes too long 408, a body that is too large 413.
 class HttpServer
 {
 public:
-    static constexpr int kMostConnections = 256; // at once; more wait until one of these has ended
-
-    HttpServer();
+    explicit HttpServer(const ClientLimits &limits = {});
     ~HttpServer();
 
     /// False if the port is taken. With 0 any free one is taken.
@@ -49,7 +49,7 @@ public:
 
     /// Answers until `stop`, and returns when the last connection has ended. Who connects before it runs waits.
     void run(Routes routes);
-    /// Ends all that is being answered. From any thread, once, when `run` has been or is about to be called.
+    /// Ends all that is being answered; `run` returns within a moment, whatever clients do. From any thread.
     void stop();
 
 private:

@@ -1,21 +1,35 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace Tessaline::Server {
 
-/// What of a request's head decides whether it is let in.
+/// A request's head, as views of its bytes.
 struct RequestHead {
-    bool hasOrigin = false;
-    int hostCount = 0; // how many `Host` headers there are
-    std::string host;  // the first
+    std::string_view method;
+    std::string_view target;
+    std::vector<std::pair<std::string_view, std::string_view>> headers; // name and value, without blanks around it
 };
 
-/// Why the request is refused with 403, in one sentence; absent if it may come in. Browsers send `Origin` with whatever
-/// a page asks another site for, and `Host` with the name that the page was given: so no page gets in, also not by a
-/// name that is made to mean this machine.
-std::optional<std::string> refusal(const RequestHead &head, int port);
+/// Reads a head with the empty line at its end, strictly: absent where its words may be taken otherwise by somebody
+/// else (a line end of another kind, blanks around a name, folded lines, control characters).
+std::optional<RequestHead> parseHead(std::string_view bytes);
+
+/// Why a request is not taken.
+struct Refusal {
+    int status = 0;
+    std::string sentence;
+};
+
+/// Absent if the request may come in. Browsers send `Origin` or `Sec-Fetch-Site` with whatever a page asks another site
+/// for, and `Host` with the name that the page was given: so no page gets in (403), also not by a name that is made to
+/// mean this machine. What is posted is JSON, neither packed nor in parts, with one length that is sound and within
+/// `largestBody`, or in chunks.
+std::optional<Refusal> refusal(const RequestHead &head, int port, size_t largestBody);
 
 } // namespace Tessaline::Server

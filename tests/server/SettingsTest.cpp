@@ -40,6 +40,13 @@ Settings soundSettings(std::map<std::string, std::string> variables)
     return std::get<Settings>(settings);
 }
 
+/// How a request is refused by a server on its own port; 0 if it is not.
+int statusOf(const RequestHead &head)
+{
+    const std::optional<Refusal> refused = refusal(head, 23949, 1000);
+    return refused ? refused->status : 0;
+}
+
 } // namespace
 
 TEST(ServerSettings, AreWhatTheApplicationSays)
@@ -115,15 +122,41 @@ TEST(ServerCommandLine, TakesItsFourArguments)
 
 TEST(RequestGate, LetsInWhoUsesTheServersOwnNameAndIsNoWebPage)
 {
-    EXPECT_EQ(refusal({false, 1, "127.0.0.1:23949"}, 23949), std::nullopt);
-    EXPECT_EQ(refusal({false, 1, "localhost:23949"}, 23949), std::nullopt);
+    for (const char *host : {"127.0.0.1:23949", "localhost:23949"})
+        EXPECT_EQ(statusOf({"GET", "/health", {{"Host", host}}}), 0) << host;
+    EXPECT_EQ(statusOf({"GET", "/health", {{"host", "localhost:23949"}, {"Sec-Fetch-Site", "none"}}}), 0) << "by hand";
 
-    EXPECT_NE(refusal({true, 1, "127.0.0.1:23949"}, 23949), std::nullopt);
-    for (const char *host : {"", "127.0.0.1", "127.0.0.1:80", "localhost", "evil.example:23949",
-                             "127.0.0.1:23949.evil.example", "[::1]:23949", "0.0.0.0:23949", "127.0.0.1:239490"})
-        EXPECT_NE(refusal({false, 1, host}, 23949), std::nullopt) << host;
-    EXPECT_NE(refusal({false, 0, ""}, 23949), std::nullopt);
-    EXPECT_NE(refusal({false, 2, "127.0.0.1:23949"}, 23949), std::nullopt);
+    for (const char *host :
+         {"", "127.0.0.1", "127.0.0.1:80", "localhost", "LOCALHOST:23949", "localhost.:23949", "evil.example:23949",
+          "127.0.0.1:23949.evil.example", "user@127.0.0.1:23949", "[::1]:23949", "0.0.0.0:23949", "127.0.0.1:239490"})
+        EXPECT_EQ(statusOf({"GET", "/health", {{"Host", host}}}), 403) << host;
+    EXPECT_EQ(statusOf({"GET", "/health", {}}), 403);
+    EXPECT_EQ(statusOf({"GET", "/health", {{"Host", "localhost:23949"}, {"host", "localhost:23949"}}}), 403);
+    for (const char *name : {"Origin", "origin", "ORIGIN"})
+        EXPECT_EQ(statusOf({"GET", "/health", {{"Host", "localhost:23949"}, {name, ""}}}), 403) << name;
+    for (const char *site : {"", "cross-site", "same-site", "same-origin"})
+        EXPECT_EQ(statusOf({"GET", "/health", {{"Host", "localhost:23949"}, {"sec-fetch-site", site}}}), 403) << site;
+}
+
+TEST(RequestGate, ReadsHeadsThatCanBeReadInOneWayOnly)
+{
+    const auto head = parseHead("POST /a?b HTTP/1.1\r\nHost:x\r\nEmpty:\r\nX-A: \t b c \t\r\n\r\n");
+    ASSERT_TRUE(head);
+    EXPECT_EQ(head->method, "POST");
+    EXPECT_EQ(head->target, "/a?b");
+    EXPECT_THAT(head->headers, ElementsAre(std::pair<std::string_view, std::string_view>("Host", "x"),
+                                           std::pair<std::string_view, std::string_view>("Empty", ""),
+                                           std::pair<std::string_view, std::string_view>("X-A", "b c")));
+
+    using namespace std::string_view_literals;
+    for (const std::string_view bad :
+         {""sv, "\r\n"sv, "\r\n\r\n"sv, "GET / HTTP/1.1\r\n"sv, "GET / HTTP/1.1\n\n"sv, "GET /\r\n\r\n"sv,
+          "GET HTTP/1.1\r\n\r\n"sv, "GET  / HTTP/1.1\r\n\r\n"sv, "GET / / HTTP/1.1\r\n\r\n"sv,
+          "GET / HTTP/2.0\r\n\r\n"sv, " GET / HTTP/1.1\r\n\r\n"sv, "GET / HTTP/1.1\r\nHost\r\n\r\n"sv,
+          "GET / HTTP/1.1\r\nHost : x\r\n\r\n"sv, "GET / HTTP/1.1\r\n: x\r\n\r\n"sv,
+          "GET / HTTP/1.1\r\nA: b\r\n c\r\n\r\n"sv, "GET / HTTP/1.1\r\nA: b\nOrigin: c\r\n\r\n"sv,
+          "GET / HTTP/1.1\r\nA: b\0\r\n\r\n"sv, "GET / HTTP/1.1\r\nA: b\r\n\r\nmore"sv})
+        EXPECT_FALSE(parseHead(bad)) << bad;
 }
 
 TEST(LlamaServer, IsStartedOnLoopbackWithTheSettingsAndWithoutItsPage)
