@@ -20,6 +20,13 @@ bool isBlank(const QString &text)
     return std::all_of(text.cbegin(), text.cend(), [](QChar character) { return character.isSpace(); });
 }
 
+/// The text in one piece, which is all that is kept of it; absent if it cannot be read.
+QCoro::Task<std::optional<QString>> textOnDisk(QFuture<Result<ChunkedText>> reading)
+{
+    const Result<ChunkedText> text = co_await reading;
+    co_return text ? std::optional(text.value().toString()) : std::nullopt;
+}
+
 } // namespace
 
 ContextSuggestions::ContextSuggestions(const Session &session, DocumentStore &documents, WireClient &wire,
@@ -62,10 +69,10 @@ QCoro::Task<> ContextSuggestions::readAndFetch(FileURL document)
 QCoro::Task<> ContextSuggestions::readAndFetch(FileURL document, std::stop_token stop)
 {
     const std::stop_token life = m_life.get_token();
-    const Result<ChunkedText> text = co_await m_documents.readDocument(document);
+    std::optional<QString> text = co_await textOnDisk(m_documents.readDocument(document));
     if (life.stop_requested() || stop.stop_requested() || !text)
         co_return;
-    co_await fetch(text.value().toString(), std::move(document), stop);
+    co_await fetch(*std::move(text), std::move(document), stop);
 }
 
 QCoro::Task<> ContextSuggestions::fetchSuggestions(QString text, std::optional<FileURL> document)

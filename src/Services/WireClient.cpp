@@ -171,9 +171,11 @@ QCoro::Task<WireResult<std::monostate>> WireClient::chat(ChatRequestPayload payl
 
 QCoro::Task<WireResult<QStringList>> WireClient::suggestContext(QString content, std::stop_token stop)
 {
-    return exchangeForValue(
-        {m_options.address, "POST", "/v1/suggest-context", encodeSuggestionsRequest(content), m_options.bodyTimeout},
-        m_options.longestReply, decodeSuggestionsResponse, {std::move(stop), m_life.get_token()}, this);
+    QByteArray body = encodeSuggestionsRequest(content);
+    content.clear(); // it would live as long as the caller waits
+    return exchangeForValue({m_options.address, "POST", "/v1/suggest-context", std::move(body), m_options.bodyTimeout},
+                            m_options.longestReply, decodeSuggestionsResponse, {std::move(stop), m_life.get_token()},
+                            this);
 }
 
 QCoro::Task<WireResult<ConceptExpansionResponse>> WireClient::expandConcept(QString topic, std::stop_token stop)
@@ -185,9 +187,10 @@ QCoro::Task<WireResult<ConceptExpansionResponse>> WireClient::expandConcept(QStr
 
 QCoro::Task<WireResult<QString>> WireClient::digestFile(QString filename, QString content, std::stop_token stop)
 {
-    return exchangeForValue(
-        {m_options.address, "POST", "/v1/digest-file", encodeDigestRequest(filename, content), m_options.bodyTimeout},
-        m_options.longestReply, decodeDigestResponse, {std::move(stop), m_life.get_token()}, this);
+    QByteArray body = encodeDigestRequest(filename, content);
+    content.clear(); // as above
+    return exchangeForValue({m_options.address, "POST", "/v1/digest-file", std::move(body), m_options.bodyTimeout},
+                            m_options.longestReply, decodeDigestResponse, {std::move(stop), m_life.get_token()}, this);
 }
 
 } // namespace Tessaline

@@ -92,6 +92,18 @@ TEST_F(ContextSuggestionsTest, TheTextIsSentUntrimmedAndTheTopicsAreTakenInTheir
     EXPECT_EQ(bodyOf(m_server->requests().at(0)).toStdString(), R"({"content":"  a\/b\n"})");
 }
 
+TEST_F(ContextSuggestionsTest, TheTextIsNotKeptWhileItsTopicsAreAwaited)
+{
+    serve(suggestionsScript(R"({"after":600000})"));
+    QString text(1000, u'x');
+
+    const QCoro::Task<> task = m_suggestions->fetchSuggestions(text, m_a);
+
+    ASSERT_TRUE(waitForRequests(1));
+    EXPECT_TRUE(eventually([&] { return text.isDetached(); })) << "nobody else has it any more";
+    EXPECT_FALSE(task.isReady());
+}
+
 TEST_F(ContextSuggestionsTest, ATextOfWhiteSpaceHasNoTopicsAndNeedsNoRequest)
 {
     serve(suggestionsScript(kTwoTopics));
