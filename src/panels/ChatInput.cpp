@@ -28,6 +28,7 @@ constexpr int kSidePadding = 16;
 constexpr int kTop = 4;
 constexpr int kBottom = 16;
 constexpr int kRowSpacing = 6;
+constexpr int kRetryTop = 8;
 constexpr int kRetryBottom = 8;
 constexpr double kTextSize = 14;
 constexpr double kRadius = 18;
@@ -131,7 +132,7 @@ QWidget *ChatInput::makeRetryRow()
     connect(retry, &QAbstractButton::clicked, &m_composer, &ChatComposer::retry);
     auto *row = new QWidget;
     auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, kRetryBottom);
+    layout->setContentsMargins(0, kRetryTop, 0, kRetryBottom);
     layout->addWidget(retry);
     layout->addStretch();
     return row;

@@ -53,6 +53,7 @@ ContextCardSheet::ContextCardSheet(SessionContext &context, const Theme &theme, 
         column->addLayout(group);
     };
     const SessionContext::Card card = context.card();
+    m_givenContent = card.content;
     for (QLineEdit *line : {m_title, m_subtitle})
         line->setTextMargins(kTextInset, 0, kTextInset, 0);
     m_title->setPlaceholderText(u"e.g. Hamlet"_s);
@@ -61,12 +62,12 @@ ContextCardSheet::ContextCardSheet(SessionContext &context, const Theme &theme, 
     m_subtitle->setPlaceholderText(u"e.g. Play by Corin Halvard"_s);
     m_subtitle->setText(card.subtitle);
     addField(u"Subtitle"_s, m_subtitle);
-    m_content->setPlainText(card.content);
     m_content->setTabChangesFocus(true);
     m_content->setFixedHeight(kContentHeight);
     m_content->setFrameShape(QFrame::NoFrame); // the sheet draws one like those of the fields
     m_content->viewport()->setAutoFillBackground(false);
     m_content->document()->setDocumentMargin(kContentMargin);
+    m_content->setPlainText(card.content); // after what counts as a change of the document
     m_content->installEventFilter(this);
     addField(u"Description"_s, m_content);
 
@@ -96,9 +97,19 @@ ContextCardSheet::ContextCardSheet(SessionContext &context, const Theme &theme, 
     m_save->setEnabled(context.canSaveCard());
 }
 
+/// What is in the field for the content. The field has line breaks of its own, so as long as nobody changed anything in
+/// it the text is the one that it was given.
+QString ContextCardSheet::content() const
+{
+    if (!m_content->document()->isModified())
+        return m_givenContent;
+    QString text = m_content->document()->toRawText(); // the plain text has no protected spaces
+    return text.replace(QChar::ParagraphSeparator, u'\n');
+}
+
 void ContextCardSheet::store()
 {
-    m_context.setCard({m_title->text(), m_subtitle->text(), m_content->toPlainText()});
+    m_context.setCard({m_title->text(), m_subtitle->text(), content()});
     m_save->setEnabled(m_context.canSaveCard());
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QString>
 #include <QtWidgets/QDialog>
 
 class QLineEdit;
@@ -26,12 +27,14 @@ protected:
 
 private:
     void store();
+    QString content() const;
 
     SessionContext &m_context;
     const Theme &m_theme;
     QLineEdit *m_title;
     QLineEdit *m_subtitle;
     QPlainTextEdit *m_content;
+    QString m_givenContent;
     TextButton *m_save;
 };
 

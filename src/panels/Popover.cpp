@@ -79,9 +79,12 @@ void Popover::showAt(const QWidget &anchor)
 void Popover::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     const QColor ground = m_theme.color(ColorRole::Control);
-    painter.setPen(composed(m_theme.color(ColorRole::BubbleBorder), ground)); // nothing is below the window
+    const QColor border = composed(m_theme.color(ColorRole::BubbleBorder), ground); // nothing is below the window
+    painter.setClipRegion(mask());
+    painter.fillRect(rect(), border); // its smooth corners would be mixed with that nothing
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(border);
     painter.setBrush(ground);
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
 }

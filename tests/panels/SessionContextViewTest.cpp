@@ -13,6 +13,8 @@
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPlainTextEdit>
 
+#include <functional>
+
 namespace Tessaline {
 
 namespace {
@@ -177,6 +179,47 @@ TEST_F(SessionContextViewTest, ARowIsEditedInTheSheetByKeysAndKeepsTheFocus)
     EXPECT_EQ(rows(), QStringList{u"Faust"_s});
     ASSERT_TRUE(isColumnActive());
     EXPECT_TRUE(visible<ContextRow>(view())[0]->hasFocus());
+}
+
+TEST_F(SessionContextViewTest, WhatIsNotChangedInTheSheetStaysAsItWas)
+{
+    show();
+    const QString content = u"To be,\r\nor\u00A0not"_s;
+    m_ai->setAttachedContexts({item(u"Hamlet"_s, u"Play"_s, content)});
+    const auto edit = [this](const std::function<void(QLineEdit &, QPlainTextEdit &)> &change) {
+        visible<ContextRow>(view()).constLast()->click();
+        change(*sheet()->findChildren<QLineEdit *>().constFirst(), *sheet()->findChild<QPlainTextEdit *>());
+        click(button(*sheet(), u"Save"_s));
+        return m_ai->attachedContexts().constFirst();
+    };
+
+    const ContextItem renamed = edit([](QLineEdit &title, QPlainTextEdit &) { QTest::keyClicks(&title, u"!"_s); });
+    EXPECT_EQ(renamed.name, u"Hamlet!"_s);
+    EXPECT_EQ(renamed.content, content);
+
+    const ContextItem undone = edit([](QLineEdit &, QPlainTextEdit &text) {
+        QTest::keyClicks(&text, u"x"_s);
+        text.undo();
+    });
+    EXPECT_EQ(undone.content, content);
+
+    const ContextItem changed = edit([](QLineEdit &, QPlainTextEdit &text) { QTest::keyClicks(&text, u"x"_s); });
+    EXPECT_EQ(changed.content, u"xTo be,\nor\u00A0not"_s) << "a protected space is no line break";
+}
+
+TEST_F(SessionContextViewTest, APopoverIsOpaqueWhereverItIsSeen)
+{
+    show();
+    click(&add());
+    ASSERT_TRUE(popover());
+    QImage drawn(popover()->size(), QImage::Format_ARGB32_Premultiplied);
+    drawn.fill(Qt::transparent);
+    popover()->render(&drawn, QPoint(), QRegion(), QWidget::DrawChildren);
+    const QRegion seen = popover()->mask();
+    ASSERT_FALSE(seen.isEmpty());
+    for (int y = 0; y < 10; ++y)
+        for (int x = 0; x < 10; ++x)
+            EXPECT_TRUE(!seen.contains(QPoint(x, y)) || drawn.pixelColor(x, y).alpha() == 255) << x << ", " << y;
 }
 
 TEST_F(SessionContextViewTest, ANewCardIsWrittenOrGivenUp)
