@@ -22,6 +22,7 @@
 #include "shell/CommandLine.h"
 #include "shell/Console.h"
 #include "shell/FilePanels.h"
+#include "shell/FreedMemory.h"
 #include "shell/MainWindow.h"
 #include "shell/ProcessSetUp.h"
 #include "shell/SessionBus.h"
@@ -170,6 +171,11 @@ int run(QApplication &application, Theme &theme, const AppFolders &folders, Sing
     ApplicationState state;
     QObject::connect(&state, &ApplicationState::cameBack, &area, &EditorArea::applicationActivated);
     QObject::connect(&state, &ApplicationState::left, &area, &EditorArea::applicationDeactivated);
+
+    FreedMemory freed;
+    QObject::connect(&workspace, &Workspace::activeFileURLChanged, &freed, &FreedMemory::giveBackSoon);
+    QObject::connect(&assistant, &LocalAIService::isServerRunningChanged, &freed, &FreedMemory::giveBackSoon);
+    QObject::connect(&assistant, &LocalAIService::isGeneratingChanged, &freed, &FreedMemory::giveBackSoon);
 
     instance.listen();
     delegate.applicationDidFinishLaunching();
