@@ -97,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::string_view answer = std::string_view(bytes).substr(middle);
     const std::string_view document = std::string_view(bytes).substr(0, middle);
     REQUIRE(guarded(document, answer, piece) == guarded(document, answer, std::max<size_t>(1, answer.size())));
-    REQUIRE(guarded({}, bytes, piece) == bytes);
+    REQUIRE(guarded({}, bytes, piece).size() >= bytes.size());
     const Stretch stretch = stretchAbout(bytes, answer, budget);
     REQUIRE(stretch.begin <= stretch.end && stretch.end <= bytes.size() && stretch.end - stretch.begin <= budget);
     return 0;

@@ -5,16 +5,21 @@
 
 namespace Tessaline::Server {
 
-/// Watches an answer for edits that the application would read otherwise than they are meant. A line of equals signs
-/// inside the copied text ends that text too early: what the application would look for is only the part before it, and
-/// it would put the rest of the copied text there as well. Such a block is recognised by what the document has, and its
-/// last mark is changed so that it stays visible text and becomes no edit. Everything else passes as it comes, but for
-/// the beginning of a line that may become that mark.
+/// Watches an answer for edits that the application would read otherwise than they are meant:
+///
+/// - A line of equals signs inside the copied text ends that text too early: what the application would look for is
+/// only
+///   the part before it, and it would put the rest of the copied text there as well. Where the document has such a
+///   line, each edit is held back until it is whole. If the document goes on behind what would be looked for as the
+///   edit does, the edit's first mark is changed: then it is visible text, and no other edit swallows it.
+/// - An edit that deletes, or that copies nothing, may lack the empty line that has to stand between two marks, and
+///   would reach into the next edit. It gets one.
+///
+/// Everything else passes as it comes, but for the beginning of a line that may become a mark.
 class EditGuard
 {
 public:
-    /// `document` must outlive this object.
-    explicit EditGuard(std::string_view document) : m_document(document) {}
+    explicit EditGuard(std::string_view document);
 
     /// More of the answer; returns what may be passed on.
     std::string append(std::string_view token);
@@ -22,16 +27,22 @@ public:
     std::string finish();
 
 private:
-    std::string checkedMark() const;
+    enum class Place { Outside, Copied, Replacing };
 
-    std::string_view m_document;
-    bool m_isInBlock = false;
-    std::string m_line;  // of the answer: the line that is being written
-    std::string m_block; // the lines behind the first mark, with their ends
-    std::string m_held;  // the end of m_line that has not been passed on
+    void endLine();
+    void completeMark();
+    size_t heldLength() const;
+
+    const std::string m_document; // as texts are compared here; empty if it has no line of equals signs
+    Place m_place = Place::Outside;
+    bool m_isFirstLine = false; // behind a mark
+    std::string m_line;         // of the answer: the line that is being written
+    std::string m_edit;         // the lines behind the first mark, with their ends
+    std::string m_held;         // the end of the answer that has not been passed on
+    size_t m_firstMark = 0;     // where in m_held that begins, while an edit is held back
 };
 
-/// What is written in place of the last mark of a block that cannot be used.
-inline constexpr std::string_view kUnusableMark = ">>>>>>> NOT USABLE: the text holds a line of equals signs";
+/// What is written in place of the first mark of an edit that cannot be used.
+inline constexpr std::string_view kUnusableMark = "<<<<<<< NOT USABLE, since the text holds a line of equals signs";
 
 } // namespace Tessaline::Server

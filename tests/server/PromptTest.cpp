@@ -1,5 +1,4 @@
 #include "server/Prompt.h"
-#include "server/EditGuard.h"
 #include "server/SystemText.h"
 
 #include <gmock/gmock.h>
@@ -49,16 +48,6 @@ Prompt fitted(const ChatRequest &request, int window)
     EXPECT_LE(prompt.counts.inputTokens, window - window / 4) << "the answer has a quarter of the window";
     EXPECT_EQ(prompt.counts.windowTokens, window);
     return prompt;
-}
-
-/// What the guard lets through when the answer comes in pieces of so many bytes.
-std::string guarded(std::string_view document, const std::string &answer, size_t piece)
-{
-    EditGuard guard(document);
-    std::string passed;
-    for (size_t at = 0; at < answer.size(); at += piece)
-        passed += guard.append(std::string_view(answer).substr(at, piece));
-    return passed + guard.finish();
 }
 
 } // namespace
@@ -198,41 +187,6 @@ TEST(SystemText, KnowsTheLinesThatAnEditCannotHold)
     EXPECT_THAT(markerLinesIn("<<<<<<< SEARCH\n=======\n>>>>>>> REPLACE me"), ElementsAre(1, 2, 3));
     EXPECT_THAT(markerLinesIn(""), IsEmpty());
     EXPECT_THAT(markerLinesIn("======="), ElementsAre(1));
-}
-
-TEST(EditGuard, PassesSoundAnswersAsTheyAreWhereverTheyAreCut)
-{
-    const std::string document = "Old\n\nTitle\n=======\nText\n";
-    for (const std::string &answer :
-         {std::string("Plain >>>>>>> REPLACE text\n=======\n>>>>>>> "),
-          std::string("So:\n<<<<<<< SEARCH\nOld\n=======\nNew\n>>>>>>> REPLACE\nDone.\n>>>>>>> REPLACE"),
-          std::string("<<<<<<< SEARCH\r\nOld\r\n=======\r\nNew\r\n>>>>>>> REPLACE\r\n"),
-          std::string(
-              "<<<<<<< SEARCH\nOld\n=======\nNew title\n=======\nmore\n>>>>>>> REPLACE"), // such a line may be put in
-          std::string("<<<<<<< SEARCH\nOld\n=======\n>>>>>>> REP"),
-          std::string("<<<<<<< SEARCH\n\n=======\nNew\n>>>>>>> REPLACE")})
-        for (size_t piece = 1; piece <= answer.size(); ++piece)
-            EXPECT_EQ(guarded(document, answer, piece), answer) << piece;
-}
-
-TEST(EditGuard, SpoilsABlockWhoseCopiedTextHoldsALineOfEqualsSigns)
-{
-    const std::string document = "Before\nTitle\n=======\nText\n";
-    const std::string block = "<<<<<<< SEARCH\nTitle\n=======\nText\n=======\nTitle\n=======\nBetter\n";
-    for (size_t piece = 1; piece <= block.size(); ++piece)
-        EXPECT_EQ(guarded(document, block + ">>>>>>> REPLACE\nDone.", piece),
-                  block + std::string(kUnusableMark) + "\nDone.");
-}
-
-TEST(EditGuard, HoldsBackNothingButTheLastMark)
-{
-    EditGuard guard("Old");
-
-    EXPECT_EQ(guard.append("<<<<<<< SEARCH\nOld\n=======\n>"), "<<<<<<< SEARCH\nOld\n=======\n");
-    EXPECT_EQ(guard.append("x"), ">x");
-    EXPECT_EQ(guard.append("\n>>>>"), "\n");
-    EXPECT_EQ(guard.append(">>> REPLACE"), ">>>>>>> REPLACE");
-    EXPECT_EQ(guard.append(">"), ">") << "outside of a block";
 }
 
 } // namespace Tessaline::Server

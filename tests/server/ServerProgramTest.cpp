@@ -255,8 +255,8 @@ TEST(ServerProgram, SpoilsAnEditThatTheApplicationWouldMisread)
 
     const std::string answer = server.ask(R"({"prompt":"x","file_content":"Title\n=======\nText\n"})");
 
-    EXPECT_THAT(tokensIn(answer), HasSubstr(">>>>>>> NOT USABLE"));
-    EXPECT_THAT(tokensIn(answer), Not(HasSubstr(">>>>>>> REPLACE")));
+    EXPECT_THAT(tokensIn(answer), HasSubstr("<<<<<<< NOT USABLE"));
+    EXPECT_THAT(tokensIn(answer), Not(HasSubstr("<<<<<<< SEARCH")));
     EXPECT_THAT(bodyOf(engine.requests(kChat).constFirst()).toStdString(), HasSubstr("line 2. Never copy such a line"));
 }
 
