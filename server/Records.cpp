@@ -20,11 +20,86 @@ std::string event(const Json &json)
     return "data: " + dumped(json) + "\n\n";
 }
 
+/// Takes what a body says, as deep and in as many parts as a sound body can be, and refuses the rest where it begins: a
+/// body of brackets would otherwise take many times its own size.
+class BodyReader final : public Json::json_sax_t
+{
+public:
+    static constexpr size_t kDeepest = 16;        // nothing that is asked for has more than three levels
+    static constexpr size_t kMostParts = 100'000; // keys and values: a conversation of nearly twenty thousand turns
+
+    Json &value() { return m_value; }
+    const std::string &problem() const { return m_problem; } // when reading failed
+
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(number_integer_t value) override { return add(value); }
+    bool number_unsigned(number_unsigned_t value) override { return add(value); }
+    bool number_float(number_float_t value, const string_t &) override { return add(value); }
+    bool string(string_t &value) override { return add(std::move(value)); }
+    bool binary(binary_t &) override { return false; }
+    bool key(string_t &key) override
+    {
+        m_key = std::move(key);
+        return count();
+    }
+    bool start_object(size_t) override { return open(Json::object()); }
+    bool start_array(size_t) override { return open(Json::array()); }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+    bool parse_error(size_t, const std::string &, const Json::exception &) override { return false; }
+
+private:
+    bool count()
+    {
+        if (++m_parts > kMostParts)
+            m_problem = "The body has too many parts.";
+        return m_parts <= kMostParts;
+    }
+
+    bool add(Json value)
+    {
+        if (m_open.empty())
+            m_value = std::move(value);
+        else if (m_open.back()->is_array())
+            m_open.back()->push_back(std::move(value));
+        else
+            (*m_open.back())[m_key] = std::move(value);
+        return count();
+    }
+
+    bool open(Json container)
+    {
+        if (m_open.size() == kDeepest) {
+            m_problem = "The body is nested too deeply.";
+            return false;
+        }
+        Json *const parent = m_open.empty() ? nullptr : m_open.back();
+        if (!add(std::move(container)))
+            return false;
+        m_open.push_back(!parent ? &m_value : parent->is_array() ? &parent->back() : &(*parent)[m_key]);
+        return true;
+    }
+
+    bool close()
+    {
+        m_open.pop_back();
+        return true;
+    }
+
+    Json m_value;
+    std::vector<Json *> m_open; // what is being filled, the innermost last; only that grows, so the others stay put
+    std::string m_key;          // the last one
+    size_t m_parts = 0;
+    std::string m_problem = "The body is not JSON.";
+};
+
 /// Reads the fields of one object, and remembers the first that is not as it should be.
 class Fields
 {
 public:
-    explicit Fields(const Json &object) : m_object(object)
+    /// The texts are moved out of `object`: they are the most of it, and long.
+    explicit Fields(Json &object) : m_object(object)
     {
         if (!object.is_object())
             m_problem = "The body is not a JSON object.";
@@ -32,22 +107,22 @@ public:
 
     void text(const char *key, std::string &value)
     {
-        if (const Json *const field = find(key, "a text", &Json::is_string))
-            value = field->get_ref<const std::string &>();
+        if (Json *const field = find(key, "a text", &Json::is_string))
+            value = std::move(field->get_ref<std::string &>());
         else if (m_problem.empty())
             m_problem = "The text “" + std::string(key) + "” is missing.";
     }
 
     void text(const char *key, std::optional<std::string> &value)
     {
-        if (const Json *const field = find(key, "a text", &Json::is_string))
-            value = field->get_ref<const std::string &>();
+        if (Json *const field = find(key, "a text", &Json::is_string))
+            value = std::move(field->get_ref<std::string &>());
     }
 
     void textIfThere(const char *key, std::string &value)
     {
-        if (const Json *const field = find(key, "a text", &Json::is_string))
-            value = field->get_ref<const std::string &>();
+        if (Json *const field = find(key, "a text", &Json::is_string))
+            value = std::move(field->get_ref<std::string &>());
     }
 
     void number(const char *key, double &value, double lowest, double highest)
@@ -59,21 +134,23 @@ public:
     template <class Value, class Read>
     void list(const char *key, std::vector<Value> &values, Read read)
     {
-        const Json *const field = find(key, "a list", &Json::is_array);
+        Json *const field = find(key, "a list", &Json::is_array);
         if (!field)
             return;
-        for (const Json &element : *field) {
+        for (Json &element : *field) {
             Fields fields(element);
             read(fields, values.emplace_back());
-            if (m_problem.empty() && !fields.m_problem.empty())
+            if (!fields.m_problem.empty()) {
                 m_problem = "In “" + std::string(key) + "”: " + fields.m_problem;
+                return;
+            }
         }
     }
 
     const std::string &problem() const { return m_problem; }
 
 private:
-    const Json *find(const char *key, const char *kind, bool (Json::*isKind)() const noexcept)
+    Json *find(const char *key, const char *kind, bool (Json::*isKind)() const noexcept)
     {
         if (!m_problem.empty())
             return nullptr;
@@ -87,20 +164,17 @@ private:
         return &*field;
     }
 
-    const Json &m_object;
+    Json &m_object;
     std::string m_problem;
 };
 
-/// A body's object, as deep as a sound body can be and no deeper.
 template <class Value, class Read>
 std::variant<Value, Malformed> parsed(std::string_view body, Read read)
 {
-    constexpr int kDeepest = 16; // nothing that is asked for has more than three levels
-    const Json::parser_callback_t notTooDeep = [](int depth, Json::parse_event_t, Json &) { return depth <= kDeepest; };
-    const Json json = Json::parse(body, notTooDeep, false);
-    if (json.is_discarded())
-        return Malformed{"The body is not JSON."};
-    Fields fields(json);
+    BodyReader reader;
+    if (!Json::sax_parse(body, &reader))
+        return Malformed{reader.problem()};
+    Fields fields(reader.value());
     Value value;
     read(fields, value);
     if (!fields.problem().empty())
@@ -157,6 +231,11 @@ std::string trimmed(std::string_view text)
     if (begin == std::string_view::npos)
         return {};
     return std::string(text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1));
+}
+
+bool isOneLine(std::string_view text)
+{
+    return std::none_of(text.begin(), text.end(), [](char sign) { return static_cast<unsigned char>(sign) < 0x20; });
 }
 
 int wordCount(std::string_view text)
@@ -277,7 +356,7 @@ std::vector<std::string> topicsIn(std::string_view answer)
         if (!element.is_string() || topics.size() == kMostTopics)
             continue;
         const std::string topic = trimmed(element.get_ref<const std::string &>());
-        if (!topic.empty() && topic.size() <= kLongestTopic && topic.find('\n') == std::string::npos &&
+        if (!topic.empty() && topic.size() <= kLongestTopic && isOneLine(topic) &&
             std::find(topics.begin(), topics.end(), topic) == topics.end())
             topics.push_back(topic);
     }
@@ -300,10 +379,10 @@ std::vector<ConceptCard> cardsIn(std::string_view answer)
 {
     constexpr size_t kMostCards = 5;
     std::vector<ConceptCard> cards;
-    const Json object = objectWith(answer, "cards");
+    Json object = objectWith(answer, "cards");
     if (object.is_discarded() || !object["cards"].is_array())
         return cards;
-    for (const Json &element : object["cards"]) {
+    for (Json &element : object["cards"]) {
         Fields fields(element);
         ConceptCard card;
         fields.text("title", card.title);

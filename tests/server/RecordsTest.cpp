@@ -108,7 +108,43 @@ TEST(ServerRecords, TellInOneSentenceWhatIsWrongWithABody)
     EXPECT_EQ(problemOf(R"({"prompt":"x","context_items":[3]})"), "In “context_items”: The body is not a JSON object.");
     EXPECT_EQ(problemOf(R"({"prompt":"x","temperature":"hot"})"), "“temperature” is not a number.");
     EXPECT_EQ(problemOf(R"({"prompt":"x","other":[1],"file_content":null})"), "");
-    EXPECT_NE(problemOf(std::string(100000, '[')), "");
+    for (const char *number : {"1e999", "-1e999", "NaN"})
+        EXPECT_EQ(problemOf("{\"prompt\":\"x\",\"temperature\":" + std::string(number) + "}"), "The body is not JSON.")
+            << number;
+    for (const char *text : {"\\ud800", "\\udc00", "\\ud800x", "\\x"})
+        EXPECT_EQ(problemOf("{\"prompt\":\"" + std::string(text) + "\"}"), "The body is not JSON.") << text;
+}
+
+TEST(ServerRecords, TakeTheLastOfEqualKeysAndEveryCharacter)
+{
+    const auto parsed = parseChatRequest(R"({"prompt":1,"prompt":"a\u0000b\ud83d\ude00","history":[],"history":null})");
+
+    EXPECT_EQ(std::get<ChatRequest>(parsed).prompt, std::string("a\0b\U0001F600", 7));
+}
+
+TEST(ServerRecords, RefuseABodyThatIsDeeperOrHasMorePartsThanASoundOne)
+{
+    const auto nested = [](size_t depth) {
+        return R"({"prompt":"x","other":)" + std::string(depth, '[') + std::string(depth, ']') + "}";
+    };
+    EXPECT_EQ(problemOf(nested(15)), "");
+    EXPECT_EQ(problemOf(nested(16)), "The body is nested too deeply.");
+    EXPECT_EQ(problemOf(nested(1'000'000)), "The body is nested too deeply.");
+    EXPECT_EQ(problemOf(std::string(1'000'000, '[')), "The body is nested too deeply.");
+
+    const auto repeated = [](std::string_view part, size_t times) {
+        std::string list;
+        for (size_t time = 0; time < times; ++time)
+            (list += time == 0 ? "" : ",") += part;
+        return list;
+    };
+    const std::string turns = repeated(R"({"role":"user","content":""})", 19'000);
+    EXPECT_EQ(problemOf(R"({"prompt":"x","history":[)" + turns + "]}"), "")
+        << "in a time that grows with its length only";
+    for (const char *part : {"0", "[]", "{}", "\"\""})
+        EXPECT_EQ(problemOf(R"({"prompt":"x","other":[)" + repeated(part, 100'001) + "]}"),
+                  "The body has too many parts.")
+            << part;
 }
 
 TEST(ServerRecords, LetNobodyInAConversationSpeakAsTheSystem)
