@@ -113,16 +113,16 @@ void ChatBubbleView::updateBody()
 {
     if (m_message.isFromUser()) {
         if (!m_question) {
-            m_question = new QuotedText(m_parts.theme, ColorRole::Text, QuotedText::Tint::None, u"Message"_s,
-                                        m_message.content, this);
+            m_question =
+                new QuotedText(m_parts.theme, ColorRole::Text, QuotedText::Tint::None, u"Message"_s, QString(), this);
             m_question->setTextFont(Fonts::body(kTextSize));
             m_question->setPadding(0, 0);
             m_question->setHeight(QuotedText::Height::OfText);
             m_question->installEventFilter(this);
             m_question->show();
-        } else if (m_question->quotedText() != m_message.content) {
-            m_question->setQuotedText(m_message.content);
         }
+        if (m_question->quotedText() != m_message.content)
+            m_question->setQuotedText(m_message.content);
         return;
     }
     const QString text = displayText(m_message);

@@ -16,7 +16,19 @@ namespace Tessaline {
 namespace {
 
 constexpr double kRadius = 4;
-constexpr int kHighest = 180; // before it scrolls
+constexpr int kHighest = 180;             // before it scrolls
+constexpr qsizetype kMeasuredHead = 4000; // UTF-16 units; at any width of a card higher than that
+
+/// What is shown of a text, whose end may be left out.
+QString shownPart(const QString &text)
+{
+    if (text.size() <= QuotedText::kMostShown)
+        return text;
+    qsizetype end = QuotedText::kMostShown;
+    if (text[end - 1].isHighSurrogate())
+        --end;
+    return text.first(end) + QStringLiteral("\n… (%1 more characters)").arg(text.size() - end);
+}
 
 } // namespace
 
@@ -56,6 +68,7 @@ void QuotedText::setTextFont(const QFont &font)
     setFont(font);
     for (QTextDocument *each : {document(), &m_measured})
         each->setDefaultFont(font);
+    m_heights.clear();
     updateBar();
     updateGeometry();
 }
@@ -69,8 +82,11 @@ void QuotedText::setQuotedText(const QString &text)
 /// Gives both documents the text. What is set on frames and blocks goes with the text before.
 void QuotedText::showText()
 {
+    const QString shown = shownPart(m_text);
+    m_heights.clear();
     for (QTextDocument *each : {document(), &m_measured}) {
-        each->setPlainText(m_text);
+        const bool isHeadEnough = each == &m_measured && m_height == Height::Bounded;
+        each->setPlainText(isHeadEnough ? shown.first(std::min(shown.size(), kMeasuredHead)) : shown);
         QTextFrameFormat frame = each->rootFrame()->frameFormat();
         frame.setLeftMargin(m_horizontalPadding);
         frame.setRightMargin(m_horizontalPadding);
@@ -120,14 +136,18 @@ void QuotedText::setLineSpacing(double points)
 void QuotedText::setHeight(Height height)
 {
     m_height = height;
-    updateBar();
-    updateGeometry();
+    showText();
 }
 
 int QuotedText::textHeight(int width) const
 {
+    const auto known = m_heights.constFind(width);
+    if (known != m_heights.cend())
+        return *known;
     m_measured.setTextWidth(width);
-    return static_cast<int>(std::ceil(m_measured.size().height()));
+    const int height = static_cast<int>(std::ceil(m_measured.size().height()));
+    m_heights.insert(width, height);
+    return height;
 }
 
 int QuotedText::heightForWidth(int width) const

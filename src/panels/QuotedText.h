@@ -2,17 +2,20 @@
 
 #include "foundation_ui/Theme.h"
 
+#include <QtCore/QHash>
 #include <QtGui/QTextDocument>
 #include <QtWidgets/QTextEdit>
 
 namespace Tessaline {
 
 /// A text that can be read, selected and copied, on a tint of its own colour or on none. As high as its lines, up to a
-/// bound, behind which it scrolls.
+/// bound, behind which it scrolls. What is longer than a book chapter is shown up to a point, and a last line says how
+/// much more there is: all of it is laid out at once, and a whole document can be asked about.
 class QuotedText final : public QTextEdit
 {
     Q_OBJECT
 public:
+    static constexpr qsizetype kMostShown = 100'000; // UTF-16 units
     enum class Tint { None, OwnColor };
 
     /// `theme` must outlive the text. `name` is for assistive technology.
@@ -46,8 +49,9 @@ private:
     const Theme &m_theme;
     ColorRole m_role;
     Tint m_tint;
-    QString m_text;                   // as it was given: the documents spell some spaces in another way
-    mutable QTextDocument m_measured; // the same text, laid out to be measured: the shown one keeps the widget's width
+    QString m_text;                    // as it was given: the documents spell some spaces in another way
+    mutable QTextDocument m_measured;  // the same text, laid out to be measured: the shown one keeps the widget's width
+    mutable QHash<int, int> m_heights; // by width; several are asked for in turn
     Height m_height = Height::Bounded;
     int m_horizontalPadding = 6;
     int m_verticalPadding = 6;

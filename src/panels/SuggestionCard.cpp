@@ -94,11 +94,12 @@ QWidget *SuggestionCard::makeChangeBox()
     const auto addRow = [&](const QString &sign, const QString &text, ColorRole role, const QString &name) {
         if (text.isEmpty())
             return;
-        auto *row = new QuotedText(m_theme, role, QuotedText::Tint::OwnColor, name, sign + text);
+        auto *row = new QuotedText(m_theme, role, QuotedText::Tint::OwnColor, name, QString());
         row->setTextFont(Fonts::code(Fonts::kCaptionSize));
         row->setPadding(kRowSidePadding, kRowVerticalPadding);
         row->setTintOpacity(kRowTintOpacity);
         row->setHeight(QuotedText::Height::OfText); // all that an acceptance would do is seen
+        row->setQuotedText(sign + text);
         rows->addWidget(row);
     };
     addRow(u"- "_s, m_suggestion.originalText, ColorRole::RemovedText, u"Removed Text"_s);

@@ -255,6 +255,25 @@ TEST_F(ChatViewsTest, QuestionsAndProposedChangesAreShownWholeAtAnyWidth)
     EXPECT_EQ(visible<QuotedText>(list()).size(), 3);
 }
 
+TEST_F(ChatViewsTest, OfATextAsLongAsADocumentTheBeginningIsShownAndHowMuchMoreThereIs)
+{
+    show();
+    const QString line = u"A line of a long document with some words.\n"_s;
+    const QString head = line.repeated(QuotedText::kMostShown / line.size() + 1).first(QuotedText::kMostShown - 1);
+    const QString content = head + u"🌊"_s + line.repeated(1000); // which would be cut in two
+    setMessages({message(u"user"_s, content)});
+    const auto *text = list().findChild<QuotedText *>();
+    ASSERT_TRUE(text);
+    EXPECT_EQ(text->quotedText(), content);
+    const QString shown = text->toPlainText();
+    const qsizetype end = shown.lastIndexOf(u'\n');
+    EXPECT_EQ(shown.first(end), head);
+    EXPECT_EQ(shown.sliced(end + 1), u"… (%1 more characters)"_s.arg(content.size() - end));
+    EXPECT_EQ(text->verticalScrollBar()->maximum(), 0);
+    setMessages({message(u"user"_s, head + u"."_s)});
+    EXPECT_EQ(list().findChild<QuotedText *>()->toPlainText(), head + u"."_s);
+}
+
 TEST_F(ChatViewsTest, AUsersBlocksAreShownAsTheyAreTyped)
 {
     show();
