@@ -11,6 +11,7 @@
 #include <chrono>
 #include <exception>
 #include <fcntl.h>
+#include <malloc.h>
 #include <memory>
 #include <optional>
 #include <poll.h>
@@ -238,6 +239,7 @@ private:
 
     void answerOn(ClientSocket &client)
     {
+        constexpr size_t kLarge = 256UL * 1024;
         ClientStream stream(client);
         t_client = &client;
         bool isClosed = true;
@@ -247,6 +249,8 @@ private:
             client.cut(); // there is no memory for as much as an answer
         }
         t_client = nullptr;
+        if (client.heldBytes() > kLarge)
+            malloc_trim(0); // the library of C keeps what is freed, for each thread anew
     }
 
     Routes m_routes;

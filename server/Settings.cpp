@@ -1,7 +1,10 @@
 #include "server/Settings.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace Tessaline::Server {
 
@@ -19,6 +22,29 @@ std::optional<int> wholeNumber(std::string_view text, int lowest, int highest)
 int numberOr(const std::optional<std::string> &text, int lowest, int highest, int otherwise)
 {
     return text ? wholeNumber(*text, lowest, highest).value_or(otherwise) : otherwise;
+}
+
+/// Whether a model may be called that: it stands in lines, paths and requests.
+bool isModelId(std::string_view text)
+{
+    constexpr size_t kLongest = 200;
+    constexpr std::string_view kSigns = "._-:/";
+    const auto isSound = [kSigns](char sign) {
+        return (sign >= 'a' && sign <= 'z') || (sign >= 'A' && sign <= 'Z') || (sign >= '0' && sign <= '9') ||
+               kSigns.find(sign) != std::string_view::npos;
+    };
+    return !text.empty() && text.size() <= kLongest && kSigns.find(text.front()) == std::string_view::npos &&
+           text.find("..") == std::string_view::npos && std::all_of(text.begin(), text.end(), isSound);
+}
+
+/// The person's own folder; that of the system's list where the environment has none.
+std::string homeFolder(Variables variable)
+{
+    const std::optional<std::string> home = variable("HOME");
+    if (home && home->starts_with('/'))
+        return *home;
+    const passwd *const entry = getpwuid(getuid());
+    return entry && entry->pw_dir ? std::string(entry->pw_dir) : std::string();
 }
 
 std::string notOnThisMachine(const std::string &url)
@@ -41,7 +67,10 @@ std::optional<LoopbackAddress> loopbackAddress(std::string_view url, int default
         url.remove_prefix(kScheme.size());
     LoopbackAddress address;
 
-    // 1. The path.
+    // 1. The path; it stands in the first line of requests as it is.
+    const auto isInUrl = [](char sign) { return sign > ' ' && sign < 0x7F; };
+    if (!std::all_of(url.begin(), url.end(), isInUrl) || url.find_first_of("?#") != std::string_view::npos)
+        return {};
     if (const size_t slash = url.find('/'); slash != std::string_view::npos) {
         address.path = url.substr(slash);
         while (address.path.ends_with('/'))
@@ -83,7 +112,7 @@ std::variant<Settings, std::string> settingsFromEnvironment(Variables variable, 
     Settings settings;
 
     // 1. What the application says.
-    if (const auto model = variable("TESSALINE_MODEL_ID"); model && !model->empty())
+    if (const auto model = variable("TESSALINE_MODEL_ID"); model && isModelId(*model))
         settings.modelId = *model;
     settings.contextTokens = numberOr(variable("TESSALINE_CONTEXT_TOKENS"), 2048, 1048576, settings.contextTokens);
     const int libraryThreads = numberOr(variable("OMP_NUM_THREADS"), 1, 256,
@@ -99,7 +128,7 @@ std::variant<Settings, std::string> settingsFromEnvironment(Variables variable, 
     if (const auto host = variable("OLLAMA_HOST"))
         if (const auto address = loopbackAddress(*host, settings.ollama.port))
             settings.ollama = *address;
-    settings.modelFolder = variable("HOME").value_or("") + "/.cache/tessaline-local-ai";
+    settings.modelFolder = homeFolder(variable) + "/.cache/tessaline-local-ai";
     settings.programFolders.push_back(ownFolder);
     const std::string path = variable("PATH").value_or("/usr/local/bin:/usr/bin:/bin");
     for (size_t begin = 0; begin <= path.size();) {

@@ -41,8 +41,9 @@ struct Settings {
     friend bool operator==(const Settings &, const Settings &) = default;
 };
 
-/// The settings that the environment makes. A number that is missing, malformed or out of its range (context 2048 to
-/// 1048576, threads 1 to 256) has its default. A URL of an engine elsewhere is a failure, told in one sentence.
+/// The settings that the environment makes. What is missing or malformed has its default: a number out of its range
+/// (context 2048 to 1048576, threads 1 to 256), a model's name with other signs than letters, digits and ._-:/. A URL
+/// of an engine elsewhere is a failure, told in one sentence.
 std::variant<Settings, std::string> settingsFromEnvironment(Variables variable, const std::string &ownFolder);
 
 /// What the command line asks for.

@@ -4,14 +4,22 @@
 #include "server/ProgressLines.h"
 #include "server/Settings.h"
 
+#include <algorithm>
+#include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
+#include <latch>
+#include <malloc.h>
 #include <memory>
+#include <poll.h>
 #include <string>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <variant>
 #include <vector>
 
@@ -21,16 +29,38 @@ using namespace Tessaline::Server;
 
 enum Status { kEnded = 0, kWrongSetting = 2, kPortTaken = 3 };
 
+/// Writes a line, unless nobody takes it: whoever started this server may have stopped reading, and it must not stand
+/// still for that.
+void writeLine(int file, std::string line)
+{
+    constexpr int kPatience = 200;                            // ms
+    line.resize(std::min<size_t>(line.size(), PIPE_BUF - 1)); // so much goes out at once
+    line += '\n';
+    pollfd asked{file, POLLOUT, 0};
+    if (poll(&asked, 1, kPatience) > 0 && (asked.revents & POLLOUT) != 0) [[maybe_unused]]
+        const ssize_t written = write(file, line.data(), line.size());
+}
+
 void print(const std::string &line)
 {
-    std::fputs((line + "\n").c_str(), stdout);
-    std::fflush(stdout);
+    writeLine(STDOUT_FILENO, line);
 }
 
 int complain(const std::string &sentence, Status status)
 {
-    std::fputs((sentence + "\n").c_str(), stderr);
+    writeLine(STDERR_FILENO, sentence);
     return status;
+}
+
+/// Takes the numbers 0 to 2 if nothing is there: otherwise a socket would get one, and the lines that are printed.
+void openMissingStandardFiles()
+{
+    int file = 0;
+    do
+        file = open("/dev/null", O_RDWR | O_CLOEXEC);
+    while (file != -1 && file <= STDERR_FILENO);
+    if (file != -1)
+        close(file);
 }
 
 std::string ownFolder()
@@ -40,11 +70,25 @@ std::string ownFolder()
     return error ? std::string(".") : self.parent_path().string();
 }
 
+/// Memory goes back to the system as soon as it is free. A request may hold a document of many megabytes, and the
+/// library would keep as much, for each thread that ever answered one.
+void keepNoMemory()
+{
+    constexpr int kLargestKept = 64 * 1024; // bytes; larger pieces are the system's own
+    constexpr int kMostAtTheEnd = 128 * 1024;
+    mallopt(M_ARENA_MAX, 1);
+    mallopt(M_MMAP_THRESHOLD, kLargestKept);
+    mallopt(M_TRIM_THRESHOLD, kMostAtTheEnd);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    openMissingStandardFiles();
+
     // 1. What is wanted.
+    keepNoMemory();
     const auto parsed = parseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     if (const std::string *const sentence = std::get_if<std::string>(&parsed))
         return complain(*sentence, kWrongSetting);
@@ -65,13 +109,23 @@ int main(int argc, char **argv)
     Settings settings = std::get<Settings>(made);
     settings.port = line.port.value_or(settings.port);
 
-    // 2. Signals are waited for by this thread and interrupt no other.
-    sigset_t ends;
+    // 2. Signals are waited for by one thread and interrupt no other. Once there was one this process ends, even if
+    // something hangs: who started it waits for that. The system then ends the engine.
+    static constexpr std::chrono::seconds kMostTime{4};
+    static std::latch isAskedToEnd(1);
+    static sigset_t ends;
     sigemptyset(&ends);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         sigaddset(&ends, signal);
     pthread_sigmask(SIG_BLOCK, &ends, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+    std::thread([] {
+        int signal = 0;
+        sigwait(&ends, &signal);
+        isAskedToEnd.count_down();
+        std::this_thread::sleep_for(kMostTime);
+        _exit(kEnded);
+    }).detach();
 
     // 3. The port comes first: nothing is started by a server that cannot be reached. Who connects in these first
     // milliseconds waits until there is an engine to ask.
@@ -89,8 +143,7 @@ int main(int argc, char **argv)
     std::thread answering([&] { server.run(assistant.routes()); });
 
     // 4. The end: the engine first, so that it is gone whatever clients still do.
-    int signal = 0;
-    sigwait(&ends, &signal);
+    isAskedToEnd.wait();
     engine->end();
     server.stop();
     answering.join();

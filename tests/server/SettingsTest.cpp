@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <string>
+#include <vector>
 
 namespace Tessaline::Server {
 
@@ -76,17 +78,50 @@ TEST(ServerSettings, HaveDefaultsForWhatIsMissingOrMalformed)
         EXPECT_EQ(settings.contextTokens, 8192) << bad;
         EXPECT_EQ(settings.threads, 4) << bad;
     }
-    EXPECT_EQ(soundSettings({{"TESSALINE_MODEL_ID", ""}}).modelId, "llama-3.2-3b-q4");
+    for (const char *bad : {"", "a b", "a\nb", "../a", "a/../b", "/etc/passwd", "--help", "a\"b", "a\x7F", "ü"})
+        EXPECT_EQ(soundSettings({{"TESSALINE_MODEL_ID", bad}}).modelId, "llama-3.2-3b-q4") << bad;
+    EXPECT_EQ(soundSettings({{"TESSALINE_MODEL_ID", std::string(100'000, 'x')}}).modelId, "llama-3.2-3b-q4");
+    EXPECT_EQ(soundSettings({{"TESSALINE_MODEL_ID", "hf.co/owner/Name-1.5:Q4_K_M"}}).modelId,
+              "hf.co/owner/Name-1.5:Q4_K_M");
+    for (const std::map<std::string, std::string> &home :
+         std::vector<std::map<std::string, std::string>>{{}, {{"HOME", ""}}, {{"HOME", "relative"}}})
+        EXPECT_THAT(soundSettings(home).modelFolder, testing::MatchesRegex("(/.*)?/\\.cache/tessaline-local-ai"));
     EXPECT_EQ(soundSettings({{"OMP_NUM_THREADS", "6"}, {"RAYON_NUM_THREADS", "5"}}).threads, 6);
     EXPECT_EQ(soundSettings({{"RAYON_NUM_THREADS", "5"}}).threads, 5);
 }
 
 TEST(ServerSettings, RefuseAnEngineOnAnotherMachine)
 {
-    for (const char *url :
-         {"http://example.org", "http://192.168.0.1:80", "https://127.0.0.1", "http://127.0.0.1.example.org",
-          "http://user@127.0.0.1", "http://127.0.0.1@example.org", "http://[::2]:80", "http://[::1",
-          "http://127.0.0.1:0", "http://127.0.0.1:65536", "http://127.0.0.1:x", "ftp://localhost"}) {
+    for (const char *url : {"http://example.org",
+                            "http://192.168.0.1:80",
+                            "https://127.0.0.1",
+                            "http://127.0.0.1.example.org",
+                            "http://user@127.0.0.1",
+                            "http://127.0.0.1@example.org",
+                            "http://[::2]:80",
+                            "http://[::1",
+                            "http://127.0.0.1:0",
+                            "http://127.0.0.1:65536",
+                            "http://127.0.0.1:x",
+                            "ftp://localhost",
+                            "http://localhost@example.org",
+                            "http://localhost.example.org",
+                            "http://0x7f.1",
+                            "http://2130706433",
+                            "http://127.1",
+                            "http://0.0.0.0",
+                            "http://[::ffff:127.0.0.1]",
+                            "http://127.0.0.1:80:80",
+                            "http://127.0.0.1:+80",
+                            "http://127.0.0.1:",
+                            "http://127.0.0.1\\@example.org",
+                            "http://127.0.0.1#@example.org",
+                            "http://127.0.0.1/?a",
+                            "http://127.0.0.1/ a",
+                            "http://127.0.0.1/ HTTP/1.1\r\nA: b",
+                            "http://127.0.0.1\t",
+                            "http://",
+                            "//127.0.0.1"}) {
         const auto settings = settingsWith({{"TESSALINE_ENGINE_URL", url}});
         ASSERT_TRUE(std::holds_alternative<std::string>(settings)) << url;
         EXPECT_THAT(std::get<std::string>(settings), HasSubstr("is not one of this machine")) << url;
