@@ -61,6 +61,16 @@ RunningServer::~RunningServer()
             std::cerr << "tessaline-server: " << line << '\n';
 }
 
+long RunningServer::privateMemory() const
+{
+    std::ifstream file("/proc/" + std::to_string(m_process->processId()) + "/status");
+    constexpr std::string_view kName = "RssAnon:";
+    for (std::string line; std::getline(file, line);)
+        if (line.starts_with(kName))
+            return std::atol(line.c_str() + kName.size());
+    return -1;
+}
+
 std::vector<std::string> RunningServer::lines() const
 {
     const std::lock_guard guard(m_mutex);

@@ -23,6 +23,7 @@ public:
     ~RunningServer(); // expects that it ends well, unless it has ended
 
     int port() const { return m_port; } // 0 if it does not listen
+    long privateMemory() const;         // KiB, without files
     std::vector<std::string> lines() const;
     bool waitForLine(std::string_view part) const; // at most a minute
     /// The exit status; waits for the end, at most a minute, and is -1 then.

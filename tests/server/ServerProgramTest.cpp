@@ -284,6 +284,34 @@ TEST(ServerProgram, AsksForTopicsDigestsAndCardsAsJson)
                 HasSubstr(R"("response_format":{"json_schema":)"));
 }
 
+TEST(ServerProgram, GivesBackTheMemoryOfLargeRequests)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer keeps what is free";
+#endif
+    const ScriptedServer engine(openAiScript(streamOf(token("One"))));
+    const RunningServer server({urlOf(engine)});
+    ASSERT_TRUE(server.becomesWell());
+    ASSERT_EQ(tokensIn(server.ask()), "One");
+    const long before = server.privateMemory();
+    ASSERT_GT(before, 0);
+    std::string document;
+    while (document.size() < 8'000'000)
+        document += "A line of " + std::to_string(document.size()) + " letters.\\n";
+
+    {
+        std::vector<std::jthread> clients;
+        for (int client = 0; client < 3; ++client)
+            clients.emplace_back([&] {
+                EXPECT_EQ(tokensIn(server.ask(R"({"prompt":"x","file_content":")" + document + "\"}")), "One");
+            });
+    }
+
+    constexpr long kLittle = 3000; // KiB: less than half of one document
+    EXPECT_TRUE(comesTrue([&] { return server.privateMemory() < before + kLittle; }))
+        << before << " KiB before, " << server.privateMemory() << " after";
+}
+
 TEST(ServerProgram, LetsTheSideRequestsWaitForAChat)
 {
     const TemporaryFiles files;
