@@ -63,6 +63,34 @@ class RealServer(AssistantTest):
         wait_until(lambda: not is_alive(engine["pid"]), "the engine has gone", 20)
         wait_until(is_port_free, "the port is free", 20)
 
+    def test_a_stopped_answer_stops_the_engine_and_leaves_no_process(self):
+        (self.folder / "llama-server").symlink_to(SCRIPTED_SERVER)
+        # The topics come to no end either: the question goes before them, and they are asked for again behind it.
+        self.script(replies={"/health": [{"body": "{}"}], "*": [{"status": 404, "body": ""}],
+                             CHAT: [{"steps": [token("It depends"), {"hang": True}]}]})
+        self.start_ready()
+        engine = self.server()
+        self.text_area().click()
+        self.screen.press("Ctrl+a")
+        explain = self.find("Explain", "push button")
+        wait_until(lambda: explain.has_state("enabled"), "the selection can be explained", 20)
+        explain.click()
+        wait_until(lambda: self.answer_text() == "It depends", "the answer begins", 20)
+        stop = self.find("Stop", "push button")
+        wait_until(lambda: stop.has_state("enabled"), "it can be stopped", 20)
+
+        stop.click()
+
+        self.expect_status("Generation stopped")
+        question = next(file for file in self.request_files(CHAT) if b"Explain the concepts" in file.read_bytes())
+        wait_until(question.with_suffix(".closed").exists, "the engine has been told that nobody listens", 20)
+        wait_until(lambda: len(self.kept_messages(self.path)) == 2, "the answer is kept", 20)
+        self.assertEqual(self.kept_messages(self.path)[1], ("assistant", "It depends"))
+        self.assertTrue(is_alive(engine["pid"]))
+        self.assertEqual(self.application.quit(), 0)
+        wait_until(lambda: not is_alive(engine["pid"]), "the engine has gone", 20)
+        wait_until(is_port_free, "the port is free", 20)
+
 
 if __name__ == "__main__":
     main()
