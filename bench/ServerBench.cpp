@@ -9,10 +9,12 @@
 #include <benchmark/benchmark.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <semaphore>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -112,6 +114,39 @@ void askServer(benchmark::State &state)
     askAll(state, server.address());
 }
 BENCHMARK(askServer)->Arg(1)->Arg(1000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// From the moment at which a client closes its connection to the moment at which the engine learns of it, through the
+/// server.
+void stopEngine(benchmark::State &state)
+{
+    std::binary_semaphore hasStopped(0);
+    Routes routes;
+    routes.health = [] { return Reply{}; };
+    routes.posts["/v1/chat/completions"] = [&hasStopped](const std::string &, const std::stop_token &stop) {
+        return EventStream([&hasStopped, stop](const EventWriter &write) {
+            write("data: {\"choices\":[{\"index\":0,\"delta\":{\"content\":\" word\"}}]}\n\n");
+            std::binary_semaphore wake(0);
+            const std::stop_callback callback(stop, [&wake] { wake.release(); });
+            wake.acquire();
+            hasStopped.release();
+        });
+    };
+    const RunningHttp http(std::move(routes));
+    PeerEngine engine(http.address());
+    Assistant assistant(Settings{}, engine);
+    const RunningHttp server(assistant.routes());
+    for (auto _ : state) {
+        std::chrono::steady_clock::time_point closed;
+        httpCall(server.address(), {"/v1/chat/completions", R"({"prompt":"Hello"})", {}}, {},
+                 [&closed](std::string_view piece) {
+                     closed = std::chrono::steady_clock::now();
+                     return piece.find("word") == std::string_view::npos;
+                 });
+        hasStopped.acquire();
+        state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - closed).count());
+    }
+}
+BENCHMARK(stopEngine)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 /// From the start of the program to its first healthy answer where there is no engine, and what it takes in memory
 /// then.
