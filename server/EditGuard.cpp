@@ -134,7 +134,7 @@ void EditGuard::endLine()
     } else {
         const bool isMiddle = m_place == Place::Copied && line == kMiddleMark;
         if (isMiddle && m_isFirstLine && m_document.empty()) {
-            m_held.insert(m_held.size() - 1 - m_line.size(), "\n"); // nothing is copied
+            m_held.insert(m_held.size() - 1 - m_line.size(), 1, '\n'); // nothing is copied
             m_edit += '\n';
         }
         m_edit += m_line + '\n';
@@ -149,7 +149,7 @@ void EditGuard::endLine()
 void EditGuard::completeMark()
 {
     if (const MiddleMarks marks = middleMarksOfEdit(m_edit); marks.count > 0 && marks.end == m_edit.size())
-        m_held.insert(m_held.size() - kLastMark.size(), "\n"); // nothing is put there
+        m_held.insert(m_held.size() - kLastMark.size(), 1, '\n'); // nothing is put there
     if (!m_document.empty() && isDoubtful(m_edit, m_document))
         m_held.replace(m_firstMark, kFirstMark.size(), kUnusableMark);
     m_place = Place::Outside;
