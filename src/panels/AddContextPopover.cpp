@@ -6,10 +6,13 @@
 #include "foundation_ui/ProgressIndicator.h"
 #include "foundation_ui/TextButton.h"
 #include "panels/OptionButton.h"
+#include "panels/ScrolledContent.h"
 #include "panels/SessionContext.h"
 
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QVBoxLayout>
+
+#include <algorithm>
 
 namespace Tessaline {
 
@@ -19,6 +22,7 @@ using namespace Qt::StringLiterals;
 
 constexpr int kSpacing = 10;
 constexpr int kOptionSpacing = 6;
+constexpr int kMostOptions = 320; // their height, behind which they scroll
 constexpr int kTextInset = 4;
 
 } // namespace
@@ -106,11 +110,18 @@ QWidget *AddContextPopover::makeOptions()
                               u"Multiple interpretations found. Which one did you mean?"_s);
     caption->setWordWrap(true);
     column->addWidget(caption);
+    auto *cards = new QWidget;
+    auto *rows = new QVBoxLayout(cards);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(kOptionSpacing);
     for (const ConceptCard &card : m_context.ambiguousOptions()) {
         auto *option = new ConceptOption(m_theme, card.title, card.subtitle);
         connect(option, &QAbstractButton::clicked, &m_context, [this, card] { m_context.chooseConcept(card); });
-        column->addWidget(option);
+        rows->addWidget(option);
     }
+    auto *area = new ScrolledContent(cards, ScrolledContent::Direction::Down);
+    area->setFixedHeight(std::min(cards->sizeHint().height(), kMostOptions));
+    column->addWidget(area);
     return options;
 }
 

@@ -8,6 +8,7 @@
 #include "panels/ContextCardSheet.h"
 #include "panels/ContextRow.h"
 #include "panels/Popover.h"
+#include "panels/ScrolledContent.h"
 #include "panels/SessionContext.h"
 
 #include <QtCore/QMimeData>
@@ -16,7 +17,6 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
-#include <QtWidgets/QScrollArea>
 #include <QtWidgets/QVBoxLayout>
 
 #include <algorithm>
@@ -40,18 +40,6 @@ QList<FileURL> localFiles(const QMimeData &dragged)
         if (url.isLocalFile())
             files.append(FileURL(url.toLocalFile()));
     return files;
-}
-
-QScrollArea *makeScrollArea(QWidget *content)
-{
-    auto *area = new QScrollArea;
-    area->setFrameShape(QFrame::NoFrame);
-    area->setWidgetResizable(true);
-    area->setFocusPolicy(Qt::NoFocus);
-    area->setWidget(content);
-    area->viewport()->setAutoFillBackground(false);
-    content->setAutoFillBackground(false);
-    return area;
 }
 
 /// Whether the focus of the window is inside, also while another window is the active one.
@@ -96,8 +84,7 @@ SessionContextView::SessionContextView(SessionContextViewParts parts, QWidget *p
     m_rows->setContentsMargins(kListPadding, kListPadding, kListPadding, kListPadding);
     m_rows->setSpacing(kRowSpacing);
     m_rows->setAlignment(Qt::AlignTop);
-    m_list = makeScrollArea(items);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list = new ScrolledContent(items, ScrolledContent::Direction::Down);
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -142,9 +129,7 @@ QWidget *SessionContextView::makeSuggestionsRow()
     m_chips = new QHBoxLayout(line);
     m_chips->setContentsMargins(2, 2, kSidePadding, 2); // room for the focus ring
     m_chips->setSpacing(kChipSpacing);
-    QScrollArea *area = makeScrollArea(line);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    auto *area = new ScrolledContent(line, ScrolledContent::Direction::Sideways);
     area->setFixedHeight(SuggestionChip(m_theme, u"x"_s).sizeHint().height() + 4);
     layout->addWidget(area, 1);
     return row;

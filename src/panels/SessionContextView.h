@@ -11,7 +11,6 @@
 
 class QHBoxLayout;
 class QMessageBox;
-class QScrollArea;
 class QVBoxLayout;
 
 namespace Tessaline {
@@ -20,6 +19,7 @@ class AddContextButton;
 class AddContextPopover;
 class ContextCardSheet;
 class Popover;
+class ScrolledContent;
 class SessionContext;
 class Theme;
 
@@ -65,7 +65,7 @@ private:
     QWidget *m_suggestionsRow;
     QStringList m_shownSuggestions;
     QWidget *m_placeholder;
-    QScrollArea *m_list;
+    ScrolledContent *m_list;
     QVBoxLayout *m_rows = nullptr;
     QList<ContextItem> m_shownItems;
     QPointer<Popover> m_popover;

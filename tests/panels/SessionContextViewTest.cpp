@@ -10,6 +10,7 @@
 #include <QtCore/QMimeData>
 #include <QtGui/QAccessible>
 #include <QtGui/QDropEvent>
+#include <QtGui/QWheelEvent>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPlainTextEdit>
 
@@ -220,6 +221,72 @@ TEST_F(SessionContextViewTest, APopoverIsOpaqueWhereverItIsSeen)
     for (int y = 0; y < 10; ++y)
         for (int x = 0; x < 10; ++x)
             EXPECT_TRUE(!seen.contains(QPoint(x, y)) || drawn.pixelColor(x, y).alpha() == 255) << x << ", " << y;
+}
+
+TEST_F(SessionContextViewTest, WhatTakesTheFocusComesIntoViewWhereverTheFocusCameFrom)
+{
+    show();
+    QStringList topics;
+    QList<ContextItem> items;
+    for (int i = 0; i < 20; ++i) {
+        topics.append(u"A topic of some words %1"_s.arg(i));
+        items.append(item(u"Item %1"_s.arg(i)));
+    }
+    m_ai->setSuggestedContexts(topics);
+    m_ai->setAttachedContexts(items);
+    const auto isInView = [](const QWidget *widget) {
+        return widget->visibleRegion().boundingRect() == widget->rect();
+    };
+    ContextRow *row = visible<ContextRow>(view()).constLast();
+    SuggestionChip *chip = visible<SuggestionChip>(view()).constLast();
+    for (QWidget *each : {static_cast<QWidget *>(row), static_cast<QWidget *>(chip)}) {
+        EXPECT_TRUE(eventually([&] { return !isInView(each); }));
+        each->setFocus(Qt::BacktabFocusReason);
+        EXPECT_TRUE(eventually([&] { return isInView(each); })) << each->accessibleName().toStdString();
+    }
+
+    row->setFocus(Qt::BacktabFocusReason); // and the one after an item that is renamed
+    m_ai->setAttachedContexts(items.first(19) + QList{item(u"Renamed"_s)});
+    EXPECT_TRUE(eventually([&] { return isInView(visible<ContextRow>(view()).constLast()); }));
+}
+
+TEST_F(SessionContextViewTest, AWheelOverTheSuggestionsScrollsThemSideways)
+{
+    show();
+    QStringList topics;
+    for (int i = 0; i < 20; ++i)
+        topics.append(u"A topic of some words %1"_s.arg(i));
+    m_ai->setSuggestedContexts(topics);
+    SuggestionChip *chip = visible<SuggestionChip>(view()).constFirst();
+    const SuggestionChip *last = visible<SuggestionChip>(view()).constLast();
+    ASSERT_TRUE(eventually([last] { return last->visibleRegion().isEmpty(); })) << "laid out";
+    const int before = chip->mapTo(&view(), QPoint()).x();
+    const QPointF centre = chip->rect().center();
+    QWheelEvent down(centre, chip->mapToGlobal(centre), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                     Qt::NoScrollPhase, false);
+    QApplication::sendEvent(chip->parentWidget()->parentWidget(), &down);
+    EXPECT_LT(chip->mapTo(&view(), QPoint()).x(), before);
+}
+
+TEST_F(SessionContextViewTest, ManyReadingsScrollInThePopoverAndTheOtherWaysStayInReach)
+{
+    QStringList options;
+    for (int i = 0; i < 40; ++i)
+        options.append(uR"({"title":"Reading %1","subtitle":"","content":"c"})"_s.arg(i));
+    QByteArray reply = uR"({"status":"ambiguous","options":[%1]})"_s.arg(options.join(u',')).toUtf8();
+    reply.replace("\"", "\\\"");
+    serve(R"({"replies":{"/v1/expand-concept":[{"body":")" + reply + R"("}]}})");
+    show();
+    click(&add());
+    QTest::keyClicks(popover()->findChild<QLineEdit *>(), u"Hamlet"_s);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(eventually([this] { return visible<ConceptOption>(*popover()).size() == 40; }));
+    EXPECT_TRUE(eventually([this] { return popover()->height() < 600 && popover()->height() > 300; }));
+    ConceptOption *last = visible<ConceptOption>(*popover()).constLast();
+    last->setFocus(Qt::BacktabFocusReason);
+    EXPECT_TRUE(eventually([last] { return last->visibleRegion().boundingRect() == last->rect(); }));
+    click(last);
+    EXPECT_EQ(rows(), QStringList{u"Reading 39"_s});
 }
 
 TEST_F(SessionContextViewTest, ANewCardIsWrittenOrGivenUp)
