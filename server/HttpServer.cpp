@@ -51,14 +51,12 @@ class ClientWatch
 public:
     ClientWatch(int socket, const std::atomic<bool> &isStopping) : m_over(eventfd(0, EFD_CLOEXEC))
     {
-        m_thread = std::thread([this, socket, &isStopping] {
-            std::array<pollfd, 2> asked{pollfd{socket, POLLRDHUP, 0}, pollfd{m_over, POLLIN, 0}};
-            while (asked[1].revents == 0 && !m_isOver && !m_stop.stop_requested()) {
-                poll(asked.data(), asked.size(), static_cast<int>(kWatchInterval.count()));
-                if (asked[0].revents != 0 || isStopping)
-                    m_stop.request_stop();
-            }
-        });
+        try {
+            m_thread = std::thread([this, socket, &isStopping] { watch(socket, isStopping); });
+        } catch (const std::exception &) {
+            close(m_over);
+            throw; // to the library, which answers 500
+        }
     }
     ~ClientWatch()
     {
@@ -75,6 +73,16 @@ public:
     std::stop_token token() const { return m_stop.get_token(); }
 
 private:
+    void watch(int socket, const std::atomic<bool> &isStopping)
+    {
+        std::array<pollfd, 2> asked{pollfd{socket, POLLRDHUP, 0}, pollfd{m_over, POLLIN, 0}};
+        while (asked[1].revents == 0 && !m_isOver && !m_stop.stop_requested()) {
+            poll(asked.data(), asked.size(), static_cast<int>(kWatchInterval.count()));
+            if (asked[0].revents != 0 || isStopping)
+                m_stop.request_stop();
+        }
+    }
+
     const int m_over; // readable when there is nothing to watch any more
     std::atomic<bool> m_isOver = false;
     std::stop_source m_stop;

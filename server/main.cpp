@@ -35,6 +35,8 @@ void writeLine(int file, std::string line)
 {
     constexpr int kPatience = 200;                            // ms
     line.resize(std::min<size_t>(line.size(), PIPE_BUF - 1)); // so much goes out at once
+    const auto isControl = [](char sign) { return static_cast<unsigned char>(sign) < ' '; };
+    std::replace_if(line.begin(), line.end(), isControl, ' '); // an engine's words stay within the line
     line += '\n';
     pollfd asked{file, POLLOUT, 0};
     if (poll(&asked, 1, kPatience) > 0 && (asked.revents & POLLOUT) != 0) [[maybe_unused]]

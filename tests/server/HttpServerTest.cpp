@@ -309,6 +309,31 @@ TEST_F(HttpServerTest, UnpacksNothingAndTakesNothingButJson)
     EXPECT_THAT(answerTo("GET /health HTTP/1.1\r\n" + host() + "Range: bytes=0-0\r\n\r\n"), StartsWith("HTTP/1.1 400"));
 }
 
+TEST_F(HttpServerTest, TellsAClientThatAsksFirstToGoOn)
+{
+    const std::string head = "POST /echo HTTP/1.1\r\n" + headers() + "Content-Length: 2\r\n";
+    const RawClient polite(port());
+    polite.write(head + "Expect: 100-continue\r\n\r\n");
+    EXPECT_THAT(polite.read("\r\n\r\n"), StartsWith("HTTP/1.1 100"));
+    polite.write("ok");
+    EXPECT_TRUE(polite.read().ends_with("ok"));
+
+    EXPECT_THAT(answerTo(head + "Expect: wonders\r\n\r\n"), StartsWith("HTTP/1.1 417"));
+}
+
+TEST_F(HttpServerTest, SurvivesClientsThatGoAtEveryByte)
+{
+    const std::string request = post("/flood", "{\"prompt\":\"x\"}");
+    for (size_t length = 0; length <= request.size(); ++length) {
+        RawClient client(port());
+        client.write(request.substr(0, length));
+        client.hangUp();
+    }
+
+    EXPECT_TRUE(isWell());
+    end(); // no answer goes on
+}
+
 TEST_F(HttpServerTest, AnswersOthersWhileTwoHundredClientsSaySlowlyWhatTheyWant)
 {
     std::vector<std::unique_ptr<RawClient>> slow;
