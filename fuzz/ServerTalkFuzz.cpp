@@ -1,5 +1,5 @@
-// Reads bytes as everything that the assistant's server is sent: bodies of requests, streams and answers of engines,
-// and tokens with edits in them, in one piece and in many.
+// Reads bytes as everything that the assistant's server is sent: heads and bodies of requests, streams and answers of
+// engines, and tokens with edits in them, in one piece and in many.
 
 #include "fuzz/Require.h"
 
@@ -8,10 +8,13 @@
 #include "server/Lines.h"
 #include "server/Prompt.h"
 #include "server/Records.h"
+#include "server/RequestGate.h"
+#include "server/Settings.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -61,6 +64,35 @@ void readAsEngine(std::string_view bytes, size_t piece)
     digestIn(bytes);
 }
 
+/// A head that is taken has one meaning only: written anew from what was read of it, it is read the same again.
+void readAsHead(std::string_view bytes)
+{
+    constexpr int kPort = 23949;
+    constexpr size_t kLargestBody = 1000;
+    const std::optional<RequestHead> head = parseHead(bytes);
+    if (!head)
+        return;
+    std::string again = std::string(head->method) + " " + std::string(head->target) + " HTTP/1.1\r\n";
+    bool isForeign = true;
+    for (const auto &[name, value] : head->headers) {
+        again += std::string(name) + ": " + std::string(value) + "\r\n";
+        isForeign = isForeign && value != "localhost:23949" && value != "127.0.0.1:23949";
+    }
+    again += "\r\n";
+    const std::optional<RequestHead> same = parseHead(again);
+    REQUIRE(same && same->method == head->method && same->target == head->target && same->headers == head->headers);
+    const std::optional<Refusal> refused = refusal(*head, kPort, kLargestBody);
+    REQUIRE(refused ? refused->status >= 400 && !refused->sentence.empty() : !isForeign);
+}
+
+void readAsAddress(std::string_view bytes)
+{
+    const std::optional<LoopbackAddress> address = loopbackAddress(bytes, 80);
+    REQUIRE(!address || address->host == "127.0.0.1" || address->host == "localhost" || address->host == "::1");
+    REQUIRE(!address || (address->port > 0 && address->port <= 65535));
+    REQUIRE(!address || address->path.find_first_of(" \r\n") == std::string::npos);
+}
+
 void readAsRequest(std::string_view bytes, size_t budget)
 {
     parseSuggestionsRequest(bytes);
@@ -92,6 +124,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::string bytes = input.ConsumeRemainingBytesAsString();
 
     readAsEngine(bytes, piece);
+    readAsHead(bytes);
+    readAsAddress(bytes);
     readAsRequest(bytes, budget);
     const size_t middle = bytes.size() / 2;
     const std::string_view answer = std::string_view(bytes).substr(middle);
