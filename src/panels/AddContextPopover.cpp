@@ -12,8 +12,6 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QVBoxLayout>
 
-#include <algorithm>
-
 namespace Tessaline {
 
 namespace {
@@ -23,6 +21,7 @@ using namespace Qt::StringLiterals;
 constexpr int kSpacing = 10;
 constexpr int kOptionSpacing = 6;
 constexpr int kMostOptions = 320; // their height, behind which they scroll
+constexpr int kRingRoom = 4;      // for the ring around what has the focus, where the area would cut it
 constexpr int kTextInset = 4;
 
 } // namespace
@@ -119,8 +118,13 @@ QWidget *AddContextPopover::makeOptions()
         connect(option, &QAbstractButton::clicked, &m_context, [this, card] { m_context.chooseConcept(card); });
         rows->addWidget(option);
     }
+    if (cards->sizeHint().height() <= kMostOptions) {
+        column->addWidget(cards);
+        return options;
+    }
+    rows->setContentsMargins(kRingRoom, kRingRoom, kRingRoom, kRingRoom);
     auto *area = new ScrolledContent(cards, ScrolledContent::Direction::Down);
-    area->setFixedHeight(std::min(cards->sizeHint().height(), kMostOptions));
+    area->setFixedHeight(kMostOptions);
     column->addWidget(area);
     return options;
 }
