@@ -115,6 +115,23 @@ void askServer(benchmark::State &state)
 }
 BENCHMARK(askServer)->Arg(1)->Arg(1000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+/// The same with a document of so many bytes, of which the most is left out: what the server itself needs for it before
+/// the engine is asked.
+void askAboutDocument(benchmark::State &state)
+{
+    const RunningHttp http(engineRoutes(1));
+    PeerEngine engine(http.address());
+    Assistant assistant(Settings{}, engine);
+    const RunningHttp server(assistant.routes());
+    std::string body = R"({"prompt":"What is said about the lighthouse in line 77?","file_content":")";
+    for (int line = 0; static_cast<int64_t>(body.size()) < state.range(0); ++line)
+        body += "A line of prose, which goes on for a while, and is line " + std::to_string(line) + ".\\n";
+    body += "\"}";
+    for (auto _ : state)
+        benchmark::DoNotOptimize(httpCall(server.address(), {"/v1/chat/completions", body, {}}, {}).body);
+}
+BENCHMARK(askAboutDocument)->RangeMultiplier(10)->Range(10000, 10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 /// From the moment at which a client closes its connection to the moment at which the engine learns of it, through the
 /// server.
 void stopEngine(benchmark::State &state)
