@@ -31,6 +31,7 @@ constexpr int kRowSpacing = 6;
 constexpr int kRetryTop = 8;
 constexpr int kRetryBottom = 8;
 constexpr double kTextSize = 14;
+constexpr int kLongestQuestion = 1'000'000; // UTF-16 units: more than a model takes. The field lays out one line.
 constexpr double kRadius = 18;
 constexpr double kIconSize = 12;
 constexpr double kWarningSize = 11;
@@ -74,6 +75,7 @@ ChatInput::ChatInput(LocalAIService &ai, ChatComposer &composer, const Theme &th
     setAccessibleRole(*m_status, QAccessible::StatusBar);
     m_field->setAccessibleName(u"Chat Input"_s);
     m_field->setFont(Fonts::interface(kTextSize));
+    m_field->setMaxLength(kLongestQuestion); // at first it would cut in silence what is pasted
     m_field->setFrame(false);
     m_field->setAttribute(Qt::WA_MacShowFocusRect, false);
 

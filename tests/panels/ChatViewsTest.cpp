@@ -9,6 +9,8 @@
 
 #include <QtCore/QVariantAnimation>
 #include <QtGui/QAccessible>
+#include <QtGui/QClipboard>
+#include <QtGui/QGuiApplication>
 #include <QtGui/QPainter>
 #include <QtGui/QWheelEvent>
 #include <QtWidgets/QScrollBar>
@@ -110,6 +112,17 @@ TEST_F(ChatViewsTest, AQuestionIsSentByReturnAndTheFocusComesBackWithTheFieldAft
     EXPECT_EQ(bubbles[1]->accessibleDescription(), u"It is **one**."_s);
     EXPECT_TRUE(texts(input()).contains(u"Using document + 4 sources · ~2.3K tokens"_s))
         << m_ai->contextStatus().toStdString();
+}
+
+TEST_F(ChatViewsTest, AQuestionOfManyPagesIsPastedWhole)
+{
+    serve("{}");
+    show();
+    const QString question = u"Words of a line.\n"_s.repeated(5000) + u"And?"_s;
+    QGuiApplication::clipboard()->setText(question);
+    field().setFocus();
+    field().paste();
+    EXPECT_EQ(m_panels->composer.chatInput(), question);
 }
 
 TEST_F(ChatViewsTest, AnAnswerThatEndsScrollsToItsEndOnceThoughThePersonReadsFurtherUp)
