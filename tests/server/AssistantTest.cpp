@@ -18,14 +18,19 @@ namespace {
 
 using testing::HasSubstr;
 
-/// Answers everything with one word, once it may.
-class HeldEngine final : public Engine
+class ReadyEngine : public Engine
 {
 public:
-    std::string name() const override { return "held"; }
+    std::string name() const override { return "ready"; }
     EngineState state() const override { return {EngineState::Phase::Ready, -1, {}}; }
     std::optional<int> contextTokens() const override { return 4096; }
     std::optional<int> countTokens(std::string_view, std::stop_token) override { return {}; }
+};
+
+/// Answers everything with one word, once it may.
+class HeldEngine final : public ReadyEngine
+{
+public:
     EngineOutcome generate(const EngineRequest &request, std::stop_token, const TokenReceiver &token) override
     {
         asked.push_back(request);
@@ -43,13 +48,9 @@ public:
 };
 
 /// Answers a chat at once. What is asked aside comes to no end the first time, unless it is stopped.
-class EndlessAsideEngine final : public Engine
+class EndlessAsideEngine final : public ReadyEngine
 {
 public:
-    std::string name() const override { return "endless"; }
-    EngineState state() const override { return {EngineState::Phase::Ready, -1, {}}; }
-    std::optional<int> contextTokens() const override { return 4096; }
-    std::optional<int> countTokens(std::string_view, std::stop_token) override { return {}; }
     EngineOutcome generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token) override
     {
         if (request.jsonSchema.empty()) {
