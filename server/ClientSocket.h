@@ -48,7 +48,6 @@ public:
     /// The bytes of the head, as they came.
     const std::string &head() const { return m_head; }
     Limit reached() const { return m_reached; }
-    size_t heldBytes() const { return m_held; } // of its body
 
     /// The request is worked on: the client has said what it wants.
     void beginAnswer() { m_isAnswered = true; }

@@ -11,7 +11,6 @@
 #include <chrono>
 #include <exception>
 #include <fcntl.h>
-#include <malloc.h>
 #include <memory>
 #include <optional>
 #include <poll.h>
@@ -247,7 +246,6 @@ private:
 
     void answerOn(ClientSocket &client)
     {
-        constexpr size_t kLarge = 256UL * 1024;
         ClientStream stream(client);
         t_client = &client;
         bool isClosed = true;
@@ -257,8 +255,6 @@ private:
             client.cut(); // there is no memory for as much as an answer
         }
         t_client = nullptr;
-        if (client.heldBytes() > kLarge)
-            malloc_trim(0); // the library of C keeps what is freed, for each thread anew
     }
 
     Routes m_routes;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <climits>
+#include <condition_variable>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -15,7 +16,9 @@
 #include <latch>
 #include <malloc.h>
 #include <memory>
+#include <mutex>
 #include <poll.h>
+#include <stop_token>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -65,6 +68,19 @@ void openMissingStandardFiles()
         close(file);
 }
 
+/// Ends this process when that takes too long, whatever hangs: who started it waits for it. The system then ends the
+/// engine.
+void endAnyway(const std::stop_token &hasEnded)
+{
+    constexpr std::chrono::seconds kMostTime{4};
+    std::mutex mutex;
+    std::condition_variable_any woken;
+    std::unique_lock lock(mutex);
+    woken.wait_for(lock, hasEnded, kMostTime, [] { return false; });
+    if (!hasEnded.stop_requested())
+        _exit(kEnded);
+}
+
 std::string ownFolder()
 {
     std::error_code error;
@@ -111,23 +127,13 @@ int main(int argc, char **argv)
     Settings settings = std::get<Settings>(made);
     settings.port = line.port.value_or(settings.port);
 
-    // 2. Signals are waited for by one thread and interrupt no other. Once there was one this process ends, even if
-    // something hangs: who started it waits for that. The system then ends the engine.
-    static constexpr std::chrono::seconds kMostTime{4};
-    static std::latch isAskedToEnd(1);
-    static sigset_t ends;
+    // 2. Signals are waited for by one thread and interrupt no other.
+    sigset_t ends;
     sigemptyset(&ends);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         sigaddset(&ends, signal);
     pthread_sigmask(SIG_BLOCK, &ends, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
-    std::thread([] {
-        int signal = 0;
-        sigwait(&ends, &signal);
-        isAskedToEnd.count_down();
-        std::this_thread::sleep_for(kMostTime);
-        _exit(kEnded);
-    }).detach();
 
     // 3. The port comes first: nothing is started by a server that cannot be reached. Who connects in these first
     // milliseconds waits until there is an engine to ask.
@@ -135,6 +141,15 @@ int main(int argc, char **argv)
     if (!server.bind(settings.port))
         return complain("Port " + std::to_string(settings.port) + " of 127.0.0.1 is taken by another program.",
                         kPortTaken);
+    std::latch isAskedToEnd(1);
+    const std::jthread signals([&ends, &isAskedToEnd](const std::stop_token &hasEnded) {
+        int signal = 0;
+        sigwait(&ends, &signal);
+        isAskedToEnd.count_down();
+        endAnyway(hasEnded);
+    });
+
+    // 4. The engine.
     ProgressLines progress(settings.modelId, print);
     const std::unique_ptr<Engine> engine =
         chooseEngine(settings, [&progress](const EngineState &state) { progress.note(state); });
@@ -144,7 +159,7 @@ int main(int argc, char **argv)
     Assistant assistant(settings, *engine);
     std::thread answering([&] { server.run(assistant.routes()); });
 
-    // 4. The end: the engine first, so that it is gone whatever clients still do.
+    // 5. The end: the engine first, so that it is gone whatever clients still do.
     isAskedToEnd.wait();
     engine->end();
     server.stop();
