@@ -2,6 +2,7 @@
 
 #include "foundation_ui/AccessibleRole.h"
 #include "foundation_ui/Contrast.h"
+#include "foundation_ui/FocusRing.h"
 #include "foundation_ui/Fonts.h"
 #include "foundation_ui/Label.h"
 #include "foundation_ui/ProgressIndicator.h"
@@ -11,6 +12,7 @@
 #include "panels/QuotedText.h"
 #include "panels/SuggestionCard.h"
 
+#include <QtGui/QFocusEvent>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 #include <QtGui/QPainterPath>
@@ -117,6 +119,7 @@ void ChatBubbleView::updateBody()
                 new QuotedText(m_parts.theme, ColorRole::Text, QuotedText::Tint::None, u"Message"_s, QString(), this);
             m_question->setTextFont(Fonts::body(kTextSize));
             m_question->setPadding(0, 0);
+            m_question->setFocusLook(QuotedText::FocusLook::OfHolder);
             m_question->setHeight(QuotedText::Height::OfText);
             m_question->installEventFilter(this);
             m_question->show();
@@ -277,6 +280,8 @@ void ChatBubbleView::place()
 
 bool ChatBubbleView::eventFilter(QObject *watched, QEvent *event)
 {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        noteFocus(watched, *static_cast<QFocusEvent *>(event));
     if (event->type() != QEvent::KeyPress)
         return QWidget::eventFilter(watched, event);
     const auto *key = static_cast<const QKeyEvent *>(event);
@@ -288,6 +293,17 @@ bool ChatBubbleView::eventFilter(QObject *watched, QEvent *event)
         return QWidget::eventFilter(watched, event);
     event->ignore(); // so that it goes on to the list
     return true;
+}
+
+void ChatBubbleView::noteFocus(const QObject *text, const QFocusEvent &event)
+{
+    // A menu or another window takes the focus for a moment only.
+    if (event.lostFocus() && (event.reason() == Qt::PopupFocusReason || event.reason() == Qt::ActiveWindowFocusReason))
+        return;
+    // In an answer with links the first of them shows it.
+    const bool isTextAlone = text != m_answer || !m_answer->display().nextTarget({}).isValid();
+    m_showsFocus = event.gotFocus() && isTextAlone && (m_showsFocus || FocusRing::isKeyboardFocus(event));
+    update();
 }
 
 void ChatBubbleView::drawShadow(QPainter &painter) const
@@ -321,6 +337,8 @@ void ChatBubbleView::paintEvent(QPaintEvent *)
     painter.setBrush(withOpacity(color, geometry.look.groundOpacity));
     painter.drawRoundedRect(QRectF(geometry.bubble).adjusted(0.5, 0.5, -0.5, -0.5), geometry.look.radius,
                             geometry.look.radius);
+    if (m_showsFocus)
+        FocusRing::drawInside(painter, QRectF(geometry.bubble), geometry.look.radius, m_parts.theme);
 }
 
 } // namespace Tessaline

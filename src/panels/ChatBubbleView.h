@@ -71,6 +71,7 @@ private:
     void updateCards();
     void updateStates();
     void updateColors();
+    void noteFocus(const QObject *text, const QFocusEvent &event);
     QWidget *makeWaitingRow();
     MarkdownUI::MarkdownView *makeAnswer();
 
@@ -81,6 +82,7 @@ private:
     QWidget *m_waiting = nullptr;                 // while there is no word yet
     MarkdownUI::MarkdownView *m_answer = nullptr; // once there is text to show
     QList<SuggestionCard *> m_cards;
+    bool m_showsFocus = false; // of the text, which came to it by a key
 };
 
 } // namespace Tessaline

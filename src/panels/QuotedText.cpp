@@ -1,6 +1,7 @@
 #include "panels/QuotedText.h"
 
 #include "foundation_ui/Contrast.h"
+#include "foundation_ui/FocusRing.h"
 #include "foundation_ui/Fonts.h"
 
 #include <QtGui/QPainter>
@@ -52,6 +53,11 @@ QuotedText::QuotedText(const Theme &theme, ColorRole role, Tint tint, const QStr
     setQuotedText(text);
     connect(&theme, &Theme::changed, this, &QuotedText::takeColor);
     takeColor();
+}
+
+QuotedText::~QuotedText()
+{
+    delete m_ring;
 }
 
 void QuotedText::takeColor()
@@ -131,6 +137,29 @@ void QuotedText::setLineSpacing(double points)
 {
     m_lineSpacing = points;
     showText();
+}
+
+void QuotedText::setFocusLook(FocusLook look)
+{
+    m_focusLook = look;
+}
+
+void QuotedText::focusInEvent(QFocusEvent *event)
+{
+    QTextEdit::focusInEvent(event);
+    if (m_focusLook != FocusLook::Ring || !FocusRing::isKeyboardFocus(*event))
+        return;
+    if (!m_ring)
+        m_ring = new FocusRing(m_theme, kRadius, this);
+    m_ring->setWidget(this);
+}
+
+void QuotedText::focusOutEvent(QFocusEvent *event)
+{
+    QTextEdit::focusOutEvent(event);
+    // A menu or another window takes the focus for a moment only.
+    if (m_ring && event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
+        m_ring->setWidget(nullptr);
 }
 
 void QuotedText::setHeight(Height height)

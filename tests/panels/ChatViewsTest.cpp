@@ -1,3 +1,4 @@
+#include "foundation_ui/FocusRing.h"
 #include "foundation_ui/ProgressIndicator.h"
 #include "MarkdownUI/MarkdownView.h"
 #include "panels/ChatBubbleView.h"
@@ -285,6 +286,38 @@ TEST_F(ChatViewsTest, OfATextAsLongAsADocumentTheBeginningIsShownAndHowMuchMoreT
     EXPECT_EQ(text->verticalScrollBar()->maximum(), 0);
     setMessages({message(u"user"_s, head + u"."_s)});
     EXPECT_EQ(list().findChild<QuotedText *>()->toPlainText(), head + u"."_s);
+}
+
+TEST_F(ChatViewsTest, ATextThatTakesTheFocusByKeyShowsIt)
+{
+    show();
+    setMessages({message(u"user"_s, u"Why?"_s), message(u"assistant"_s, u"So.\n"_s + block(u"a"_s, u"b"_s))});
+    const auto bubbles = list().bubbles();
+    const auto edge = [](QWidget *bubble) { // of the bubble, half way down
+        const QImage image = bubble->grab().toImage();
+        return image.pixelColor(1, ChatSenderPill::kHeight + 24);
+    };
+    const auto question = bubbles[0]->findChild<QuotedText *>();
+    const auto answer = bubbles[1]->findChild<MarkdownUI::MarkdownView *>();
+    for (const auto &[bubble, text] : {std::pair<QWidget *, QWidget *>(bubbles[0], question), {bubbles[1], answer}}) {
+        const QColor plain = edge(bubble);
+        text->setFocus(Qt::MouseFocusReason);
+        EXPECT_EQ(edge(bubble), plain);
+        text->clearFocus();
+        text->setFocus(Qt::TabFocusReason);
+        ASSERT_TRUE(text->hasFocus());
+        EXPECT_NE(edge(bubble), plain) << text->accessibleName().toStdString();
+        text->clearFocus();
+        EXPECT_EQ(edge(bubble), plain);
+    }
+
+    QuotedText *removed = bubbles[1]->findChild<QuotedText *>();
+    removed->setFocus(Qt::TabFocusReason);
+    const auto rings = visible<FocusRing>(*m_column);
+    ASSERT_EQ(rings.size(), 1);
+    EXPECT_EQ(rings[0]->widget(), removed);
+    removed->clearFocus();
+    EXPECT_TRUE(visible<FocusRing>(*m_column).isEmpty());
 }
 
 TEST_F(ChatViewsTest, AUsersBlocksAreShownAsTheyAreTyped)
