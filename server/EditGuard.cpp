@@ -151,7 +151,8 @@ void EditGuard::completeMark()
     if (const MiddleMarks marks = middleMarksOfEdit(m_edit); marks.count > 0 && marks.end == m_edit.size())
         m_held.insert(m_held.size() - kLastMark.size(), 1, '\n'); // nothing is put there
     if (!m_document.empty() && isDoubtful(m_edit, m_document))
-        m_held.replace(m_firstMark, kFirstMark.size(), kUnusableMark);
+        for (size_t mark = m_firstMark; mark != std::string::npos; mark = m_held.find(kFirstMark, mark))
+            m_held.replace(mark, kFirstMark.size(), kUnusableMark); // also in what is copied: an edit would begin there
     m_place = Place::Outside;
 }
 
