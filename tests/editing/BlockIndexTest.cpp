@@ -160,7 +160,7 @@ INSTANTIATE_TEST_SUITE_P(BlockIndex, Cutting,
 TEST(BlockIndex, CutsALongParagraphBehindSpaces)
 {
     QString text;
-    while (text.size() < 10'000)
+    while (text.size() < 20'000)
         text.append(u"word "_s);
     const Indexed indexed(text);
 
@@ -174,8 +174,8 @@ TEST(BlockIndex, CutsALongParagraphBehindSpaces)
 TEST(BlockIndex, CutsALongParagraphWithoutSpacesBetweenCharacters)
 {
     // A letter with a mark is two units, and 4-unit steps would not line up by chance.
-    const Indexed marks(u"e\u0301x"_s.repeated(2000));
-    const Indexed families(u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s.repeated(1000));
+    const Indexed marks(u"e\u0301x"_s.repeated(4000));
+    const Indexed families(u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s.repeated(2000));
 
     expectValid(marks.index, marks.text);
     expectValid(families.index, families.text);
@@ -187,7 +187,7 @@ TEST(BlockIndex, CutsALongParagraphWithoutSpacesBetweenCharacters)
 
 TEST(BlockIndex, ACharacterLongerThanABlockIsCutBetweenSurrogatePairs)
 {
-    const Indexed indexed(u"e"_s + u"\U0001D165"_s.repeated(3000)); // marks outside the first plane
+    const Indexed indexed(u"e"_s + u"\U0001D165"_s.repeated(6000)); // marks outside the first plane
 
     expectValid(indexed.index, indexed.text);
     EXPECT_GT(indexed.index.count(), 2);
@@ -261,7 +261,7 @@ TEST(BlockIndex, CarriageReturnAndLineFeedMeetAndPart)
 
 TEST(BlockIndex, DeletingEverythingLeavesOneEmptyBlock)
 {
-    Indexed indexed(u"a\nb\r\n"_s + u"x"_s.repeated(9000) + u"\nend\n"_s);
+    Indexed indexed(u"a\nb\r\n"_s + u"x"_s.repeated(18000) + u"\nend\n"_s);
 
     indexed.edit(0, indexed.text.size(), u""_s);
 
@@ -319,7 +319,7 @@ Edit anEdit(GeneratedText &random, const ChunkedText &text)
         edit.inserted = random.text(random.below(30));
         break;
     case 3:
-        edit.inserted = random.longLine(random.below(6000));
+        edit.inserted = random.longLine(random.below(12000));
         break;
     case 4:
         edit.length = random.below(std::min<qsizetype>(text.size() - edit.location, 4) + 1);
