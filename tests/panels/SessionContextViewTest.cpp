@@ -280,7 +280,7 @@ TEST_F(SessionContextViewTest, ManyReadingsScrollInThePopoverAndTheOtherWaysStay
     click(&add());
     QTest::keyClicks(popover()->findChild<QLineEdit *>(), u"Hamlet"_s);
     press(Qt::Key_Return);
-    ASSERT_TRUE(eventually([this] { return visible<ConceptOption>(*popover()).size() == 40; }));
+    ASSERT_TRUE(eventually([this] { return popover() && visible<ConceptOption>(*popover()).size() == 40; }));
     EXPECT_TRUE(eventually([this] { return popover()->height() < 600 && popover()->height() > 300; }));
     ConceptOption *last = visible<ConceptOption>(*popover()).constLast();
     last->setFocus(Qt::BacktabFocusReason);
