@@ -108,6 +108,7 @@ std::string EditGuard::append(std::string_view token)
             if (m_place == Place::Replacing && m_line == kLastMark)
                 completeMark();
         }
+        keepBounds();
         const size_t most = m_held.size() - heldLength();
         passed.append(m_held, 0, most);
         m_held.erase(0, most);
@@ -154,6 +155,20 @@ void EditGuard::completeMark()
         for (size_t mark = m_firstMark; mark != std::string::npos; mark = m_held.find(kFirstMark, mark))
             m_held.replace(mark, kFirstMark.size(), kUnusableMark); // also in what is copied: an edit would begin there
     m_place = Place::Outside;
+}
+
+/// An answer may go on for ever.
+void EditGuard::keepBounds()
+{
+    constexpr size_t kKept = 1024; // bytes of a line outside of an edit: what tells whether it ends in a mark
+    if (m_place != Place::Outside && m_edit.size() + m_line.size() > kLongestEdit) {
+        if (!m_document.empty())
+            m_held.replace(m_firstMark, kFirstMark.size(), kUnusableMark);
+        m_edit.clear();
+        m_place = Place::Outside;
+    }
+    if (m_place == Place::Outside && m_line.size() > 2 * kKept)
+        m_line.erase(0, m_line.size() - kKept);
 }
 
 /// How much of the end of m_held may have to be changed yet.

@@ -8,10 +8,10 @@ namespace Tessaline::Server {
 /// Watches an answer for edits that the application would read otherwise than they are meant:
 ///
 /// - A line of equals signs inside the copied text ends that text too early: what the application would look for is
-/// only
-///   the part before it, and it would put the rest of the copied text there as well. Where the document has such a
+///   only the part before it, and it would put the rest of the copied text there as well. Where the document has such a
 ///   line, each edit is held back until it is whole. If the document goes on behind what would be looked for as the
-///   edit does, the edit's first mark is changed: then it is visible text, and no other edit swallows it.
+///   edit does, or the edit does not come to an end, its first mark is changed: then it is visible text, and no other
+///   edit swallows it.
 /// - An edit that deletes, or that copies nothing, may lack the empty line that has to stand between two marks, and
 ///   would reach into the next edit. It gets one.
 ///
@@ -19,6 +19,8 @@ namespace Tessaline::Server {
 class EditGuard
 {
 public:
+    static constexpr size_t kLongestEdit = 1024UL * 1024; // bytes; a longer one is not waited for
+
     explicit EditGuard(std::string_view document);
 
     /// More of the answer; returns what may be passed on.
@@ -31,6 +33,7 @@ private:
 
     void endLine();
     void completeMark();
+    void keepBounds();
     size_t heldLength() const;
 
     const std::string m_document; // as texts are compared here; empty if it has no line of equals signs

@@ -38,6 +38,8 @@ std::string accepted(const std::string &document, const std::string &answer)
     return text.toStdString();
 }
 
+constexpr size_t kTooMuch = EditGuard::kLongestEdit + 1;
+
 struct Case {
     const char *what;
     std::string document;
@@ -128,6 +130,19 @@ TEST(EditGuard, HoldsBackNoMoreThanWhatMayHaveToBeChanged)
     EXPECT_EQ(careful.append("<<<<< SEARCH"), "");
     EXPECT_EQ(careful.append("\nA\n=======\nB\n>>>>>>> REPLAC"), "");
     EXPECT_EQ(careful.append("E\nC"), "<<<<<<< SEARCH\nA\n=======\nB\n>>>>>>> REPLACE\nC");
+}
+
+TEST(EditGuard, WaitsForNoEditThatGoesOnForEver)
+{
+    const std::string sound = "\n<<<<<<< SEARCH\nOld\n=======\nNew\n>>>>>>> REPLACE\n";
+    for (const std::string &line : {std::string(kTooMuch, 'x'), std::string(kTooMuch, '\n')}) {
+        EditGuard guard("Old\n\nTitle\n=======\nText\n");
+
+        const std::string passed = guard.append("<<<<<<< SEARCH\n" + line);
+        EXPECT_TRUE(passed.starts_with(kUnusableMark));
+        EXPECT_TRUE(passed.ends_with(line));
+        EXPECT_EQ(guard.append(sound), sound);
+    }
 }
 
 } // namespace Tessaline::Server
