@@ -104,8 +104,8 @@ std::optional<Refusal> bodyRefusal(const RequestHead &head, size_t largestBody)
         if (!isSame(coding, "identity"))
             return Refusal{415, "The body is packed; this server does not unpack."};
     const std::vector<std::string_view> types = valuesOf(head, "Content-Type");
-    if (types.size() != 1 || !isSame(mediaType(types.front()), "application/json"))
-        return Refusal{415, "The body is not told to be application/json."};
+    if (types.size() > 1 || (types.size() == 1 && !isSame(mediaType(types.front()), "application/json")))
+        return Refusal{415, "The body is told to be something else than application/json."};
     return {};
 }
 

@@ -28,8 +28,8 @@ struct Refusal {
 
 /// Absent if the request may come in. Browsers send `Origin` or `Sec-Fetch-Site` with whatever a page asks another site
 /// for, and `Host` with the name that the page was given: so no page gets in (403), also not by a name that is made to
-/// mean this machine. What is posted is JSON, neither packed nor in parts, with one length that is sound and within
-/// `largestBody`, or in chunks.
+/// mean this machine. What is posted is JSON, where it says what it is, neither packed nor in parts, with one length
+/// that is sound and within `largestBody`, or in chunks.
 std::optional<Refusal> refusal(const RequestHead &head, int port, size_t largestBody);
 
 } // namespace Tessaline::Server
