@@ -152,9 +152,15 @@ void EditGuard::completeMark()
     if (const MiddleMarks marks = middleMarksOfEdit(m_edit); marks.count > 0 && marks.end == m_edit.size())
         m_held.insert(m_held.size() - kLastMark.size(), 1, '\n'); // nothing is put there
     if (!m_document.empty() && isDoubtful(m_edit, m_document))
-        for (size_t mark = m_firstMark; mark != std::string::npos; mark = m_held.find(kFirstMark, mark))
-            m_held.replace(mark, kFirstMark.size(), kUnusableMark); // also in what is copied: an edit would begin there
+        spoilEdit();
     m_place = Place::Outside;
+}
+
+/// Makes visible text of the edit that is held back; also of a first mark in what is copied, where one would begin.
+void EditGuard::spoilEdit()
+{
+    for (size_t mark = m_firstMark; mark != std::string::npos; mark = m_held.find(kFirstMark, mark))
+        m_held.replace(mark, kFirstMark.size(), kUnusableMark);
 }
 
 /// An answer may go on for ever.
@@ -163,7 +169,7 @@ void EditGuard::keepBounds()
     constexpr size_t kKept = 1024; // bytes of a line outside of an edit: what tells whether it ends in a mark
     if (m_place != Place::Outside && m_edit.size() + m_line.size() > kLongestEdit) {
         if (!m_document.empty())
-            m_held.replace(m_firstMark, kFirstMark.size(), kUnusableMark);
+            spoilEdit();
         m_edit.clear();
         m_place = Place::Outside;
     }

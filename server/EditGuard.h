@@ -33,6 +33,7 @@ private:
 
     void endLine();
     void completeMark();
+    void spoilEdit();
     void keepBounds();
     size_t heldLength() const;
 
