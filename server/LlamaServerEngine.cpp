@@ -4,6 +4,7 @@
 #include "server/ModelNames.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <random>
@@ -94,12 +95,12 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
     std::error_code ignored;
     std::filesystem::create_directories(m_settings.modelFolder, ignored);
     std::vector<std::string> model;
-    Phase progress = Phase::Loading; // what a percentage in its output is of
     if (const std::optional<std::string> file = modelFile(m_settings.modelFolder, m_settings.modelId))
         model = {"--model", *file};
     else if (const std::optional<ModelNames> names = modelNames(m_settings.modelId)) {
         model = {"--hf-repo", std::string(names->repository)};
-        progress = Phase::Downloading;
+        m_fetched = names->bytes;
+        m_kept = bytesIn(m_settings.modelFolder);
     } else
         return m_state.set({Phase::Explained, -1,
                             "The model “" + m_settings.modelId + "” is not known to this server. Put its file, " +
@@ -112,7 +113,7 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
         const OpenAiPeer peer{{"127.0.0.1", freePort(), {}}, randomKey(), m_settings.modelId};
         EngineCommand command{m_program, llamaArguments(m_settings, model, peer.address.port),
                               llamaEnvironment(ownEnvironment(), m_settings, peer.key),
-                              [this, progress](std::string_view line) { noteLine(line, progress); }};
+                              [this](std::string_view line) { noteLine(line); }};
         m_state.set({Phase::Loading, -1, {}}); // before it can say how far it is
         std::string error;
         EngineProcess process(command, error);
@@ -140,13 +141,29 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
 bool LlamaServerEngine::becomesReady(EngineProcess &process, const OpenAiPeer &peer, const std::stop_token &stop)
 {
     constexpr std::chrono::milliseconds kInterval{50};
+    constexpr std::chrono::seconds kPatience{2}; // it answers at once, or is too busy for it
+    constexpr std::chrono::milliseconds kBetweenLooks{500};
+    std::chrono::steady_clock::time_point looked;
     while (!stop.stop_requested() && !process.waitForEnd(kInterval)) {
-        if (httpCall(peer.address, {"/health", {}, peer.key, std::chrono::seconds(5)}, stop).status != 200)
+        if (const auto now = std::chrono::steady_clock::now(); m_fetched > 0 && now - looked >= kBetweenLooks) {
+            noteDownload();
+            looked = now;
+        }
+        if (httpCall(peer.address, {"/health", {}, peer.key, kPatience}, stop).status != 200)
             continue;
         adopt(peer, stop);
         return true;
     }
     return false;
+}
+
+void LlamaServerEngine::noteDownload()
+{
+    constexpr long long kLittle = 1'000'000; // bytes that are no model
+    constexpr long long kMost = 99;          // per cent: what it really fetches may be a little larger
+    const long long grown = bytesIn(m_settings.modelFolder) - m_kept;
+    if (grown > kLittle)
+        m_state.set({Phase::Downloading, static_cast<int>(std::min(kMost, 100 * grown / m_fetched)), {}});
 }
 
 void LlamaServerEngine::explain(const std::string &reason)
@@ -157,12 +174,12 @@ void LlamaServerEngine::explain(const std::string &reason)
                      "Choose another model in the settings, or start Tessaline again when the cause is gone."});
 }
 
-void LlamaServerEngine::noteLine(std::string_view line, Phase progress)
+void LlamaServerEngine::noteLine(std::string_view line)
 {
     constexpr size_t kLongest = 300; // bytes that are shown
     const std::optional<int> percent = percentageIn(line);
     if (percent && m_state.state().phase != Phase::Ready)
-        return m_state.set({progress, *percent, {}});
+        return m_state.set({m_fetched > 0 ? Phase::Downloading : Phase::Loading, *percent, {}});
     const std::lock_guard guard(m_mutex);
     m_lastLine = line.substr(0, kLongest);
 }

@@ -110,6 +110,30 @@ TEST(LlamaServerProgram, TellsHowFarItsDownloadIs)
         EXPECT_THAT(line, Not(HasSubstr("3 %")));
 }
 
+TEST(LlamaServerProgram, ShowsByTheGrowthOfTheModelsFolderHowFarItsDownloadIs)
+{
+    const TemporaryFiles files;
+    const LlamaFolder llama(openAiScript(streamOf(token("Hello")), R"("/health":[{"body":"{}","until":")" +
+                                                                       files.url(u"release"_s).path().toStdString() +
+                                                                       R"("}],)"));
+    const QString folder = u"home/.cache/tessaline-local-ai"_s;
+    llama.files().makeFolder(folder);
+    llama.files().write(folder + u"/another.gguf"_s, "weights");
+    const RunningServer server(llama.variables());
+    EXPECT_TRUE(comesTrue([&] { return server.get("/health").body == R"({"status":"loading"})"; }));
+    EXPECT_TRUE(comesTrue([&] { return !llama.requests("/health").isEmpty(); })) << "the folder has been looked at";
+
+    // As large as a quarter of the model, and empty.
+    QFile part(llama.files().url(folder + u"/model.gguf.part"_s).path());
+    ASSERT_TRUE(part.open(QFile::WriteOnly));
+    ASSERT_TRUE(part.resize(2'019'377'696 / 4));
+
+    EXPECT_TRUE(server.waitForLine("Downloading llama-3.2-3b-q4: 25 %"));
+    EXPECT_EQ(server.get("/health").body, R"({"percent":25,"status":"downloading"})");
+    files.write(u"release"_s, "now");
+    EXPECT_TRUE(server.becomesWell());
+}
+
 TEST(LlamaServerProgram, IsExplainedWhenItCannotBeStarted)
 {
     const TemporaryFiles files{{u"llama-server"_s, "#!/bin/sh\necho 'error: no such model' >&2\nexit 7\n"}};
