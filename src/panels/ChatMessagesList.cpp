@@ -8,7 +8,6 @@
 #include <QtCore/QVariantAnimation>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
-#include <QtGui/QResizeEvent>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QScrollBar>
@@ -117,6 +116,12 @@ void ChatMessagesList::invalidate(const ChatBubbleView *bubble)
         verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
+int ChatMessagesList::contentWidth() const
+{
+    // The bar stands in the padding: the messages are as wide with it as without, and as the field below.
+    return std::min(width() - 2 * kPadding, viewport()->width() - kPadding);
+}
+
 int ChatMessagesList::rowTop(size_t index) const
 {
     int top = kPadding;
@@ -135,7 +140,7 @@ int ChatMessagesList::contentHeight() const
 bool ChatMessagesList::measureNear(int &top)
 {
     const int screen = viewport()->height();
-    const int width = viewport()->width() - 2 * kPadding;
+    const int width = contentWidth();
     bool hasChanged = false;
     int y = kPadding;
     for (size_t i = 0; i < m_rows.size(); ++i) {
@@ -175,7 +180,7 @@ void ChatMessagesList::dropFar(int top)
 
 void ChatMessagesList::place(int top)
 {
-    const int width = viewport()->width() - 2 * kPadding;
+    const int width = contentWidth();
     int y = kPadding - top;
     for (const Row &row : m_rows) {
         if (row.bubble) {
@@ -249,9 +254,10 @@ void ChatMessagesList::reveal(const QWidget *focus)
     verticalScrollBar()->setValue(verticalScrollBar()->value() + step);
 }
 
-void ChatMessagesList::resizeEvent(QResizeEvent *event)
+void ChatMessagesList::resizeEvent(QResizeEvent *)
 {
-    if (event->oldSize().width() != event->size().width()) {
+    if (m_measuredWidth != contentWidth()) {
+        m_measuredWidth = contentWidth();
         for (Row &row : m_rows)
             row.isExact = false;
     }

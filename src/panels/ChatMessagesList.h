@@ -54,6 +54,7 @@ private:
     void dropFar(int top);
     void place(int top);
     int rowTop(size_t index) const;
+    int contentWidth() const;
     int contentHeight() const;
     ChatBubbleView *makeBubble(size_t index);
     void invalidate(const ChatBubbleView *bubble);
@@ -65,6 +66,7 @@ private:
     std::vector<Row> m_rows;
     QWidget *m_emptyState;
     QVariantAnimation *m_animation;
+    int m_measuredWidth = 0;
     bool m_isLayingOut = false;
     bool m_wasGenerating = false;
 };

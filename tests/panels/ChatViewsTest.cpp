@@ -354,6 +354,19 @@ TEST_F(ChatViewsTest, OfAThousandMessagesOnlyThoseNearTheViewportHaveAView)
     EXPECT_EQ(list().bubbles().size(), 1);
 }
 
+TEST_F(ChatViewsTest, MessagesAreAsWideAsTheFieldWithABarAndWithout)
+{
+    show();
+    setMessages({message(u"user"_s, u"Why?"_s)});
+    ASSERT_TRUE(eventually([this] { return !list().verticalScrollBar()->isVisible(); }));
+    const int width = list().width() - 2 * ChatMessagesList::kPadding;
+    EXPECT_EQ(list().bubbles().constFirst()->width(), width);
+    setMessages({message(u"user"_s, u"Why?\n"_s.repeated(100))});
+    ASSERT_TRUE(eventually([this] { return list().verticalScrollBar()->isVisible(); }));
+    EXPECT_EQ(list().bubbles().constFirst()->width(), width);
+    EXPECT_LE(list().bubbles().constFirst()->geometry().right(), list().viewport()->width());
+}
+
 TEST_F(ChatViewsTest, AWheelOverAMessageScrollsTheList)
 {
     show();
