@@ -7,10 +7,12 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace Tessaline::Server {
 
@@ -65,9 +67,10 @@ EngineProcess::EngineProcess(const EngineCommand &command, std::string &error)
     std::array<int, 2> output{-1, -1};
     std::array<int, 2> report{-1, -1};
     const int input = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    if (input == -1 || pipe2(output.data(), O_CLOEXEC) != 0 || pipe2(report.data(), O_CLOEXEC) != 0) {
+    m_over = eventfd(0, EFD_CLOEXEC);
+    if (input == -1 || m_over == -1 || pipe2(output.data(), O_CLOEXEC) != 0 || pipe2(report.data(), O_CLOEXEC) != 0) {
         error = std::strerror(errno);
-        for (const int descriptor : {input, output[0], output[1]})
+        for (const int descriptor : {input, std::exchange(m_over, -1), output[0], output[1]})
             if (descriptor != -1)
                 close(descriptor);
         return;
@@ -92,13 +95,14 @@ EngineProcess::EngineProcess(const EngineCommand &command, std::string &error)
     if (number != 0) {
         error = std::strerror(number);
         close(output[0]);
+        close(m_over);
         if (m_child != -1)
             waitpid(m_child, nullptr, 0);
         m_child = -1;
         return;
     }
     m_output = output[0];
-    m_reader = std::thread([this, line = command.line] { readOutput(m_output, line); });
+    m_reader = std::thread([this, line = command.line] { readOutput(line); });
     m_waiter = std::thread([this] {
         // NOTE: the number stays the child's until it is collected, which happens under the lock: nobody else is
         // signalled.
@@ -110,6 +114,7 @@ EngineProcess::EngineProcess(const EngineCommand &command, std::string &error)
         int status = 0;
         waitpid(m_child, &status, 0);
         m_status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+        eventfd_write(m_over, 1);
         m_ended.notify_all();
     });
 }
@@ -122,8 +127,9 @@ EngineProcess::~EngineProcess()
     if (!waitForEnd(kGrace))
         kill();
     m_waiter.join();
-    m_reader.join();
+    waitForLastLine();
     close(m_output);
+    close(m_over);
 }
 
 void EngineProcess::signal(int number)
@@ -143,20 +149,20 @@ void EngineProcess::kill()
     signal(SIGKILL);
 }
 
-void EngineProcess::readOutput(int output, const std::function<void(std::string_view)> &line)
+void EngineProcess::readOutput(const std::function<void(std::string_view)> &line)
 {
     constexpr size_t kLongestLine = 64 * 1024;
-    constexpr int kInterval = 200; // ms; a child of the engine may keep the pipe open when the engine has gone
+    constexpr int kMostReadsBehindTheEnd = 32; // somebody else may keep the pipe open, and write to it for ever
     std::string text;
     std::array<char, 4096> bytes{};
-    for (;;) {
-        pollfd asked{output, POLLIN, 0};
-        const int ready = poll(&asked, 1, kInterval);
-        if (ready == 0 && status())
-            break;
-        if (ready <= 0)
+    for (int readsBehindTheEnd = 0; readsBehindTheEnd < kMostReadsBehindTheEnd;) {
+        std::array<pollfd, 2> asked{pollfd{m_output, POLLIN, 0}, pollfd{m_over, POLLIN, 0}};
+        if (poll(asked.data(), asked.size(), -1) <= 0)
             continue;
-        const ssize_t count = read(output, bytes.data(), bytes.size());
+        if (asked[0].revents == 0)
+            break; // it has ended, and what it wrote has been read
+        readsBehindTheEnd += asked[1].revents != 0;
+        const ssize_t count = read(m_output, bytes.data(), bytes.size());
         if (count == -1 && errno == EINTR)
             continue;
         if (count <= 0)
@@ -178,6 +184,18 @@ bool EngineProcess::waitForEnd(std::chrono::milliseconds wait)
 {
     std::unique_lock lock(m_mutex);
     return m_ended.wait_for(lock, wait, [this] { return m_status.has_value(); });
+}
+
+void EngineProcess::waitForEnd(const std::stop_token &stop)
+{
+    std::unique_lock lock(m_mutex);
+    m_ended.wait(lock, stop, [this] { return m_status.has_value(); });
+}
+
+void EngineProcess::waitForLastLine()
+{
+    if (m_reader.joinable())
+        m_reader.join();
 }
 
 std::optional<int> EngineProcess::status()

@@ -5,6 +5,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -39,6 +40,10 @@ public:
     void kill();                                // does not ask
     /// Whether it ended within this time.
     bool waitForEnd(std::chrono::milliseconds wait);
+    /// Waits until it has ended or the stop comes.
+    void waitForEnd(const std::stop_token &stop);
+    /// Waits until it has ended and `line` has been given all that it wrote. On the thread that started it.
+    void waitForLastLine();
     /// The exit status, or 128 and the number of the signal that ended it; absent while it runs.
     std::optional<int> status();
 
@@ -46,12 +51,13 @@ private:
     static constexpr std::chrono::milliseconds kGrace{2000}; // between the request to end and the kill
 
     void signal(int number);
-    void readOutput(int output, const std::function<void(std::string_view)> &line);
+    void readOutput(const std::function<void(std::string_view)> &line);
 
     pid_t m_child = -1;
     int m_output = -1;
+    int m_over = -1;    // readable when it has ended
     std::mutex m_mutex; // guards what follows
-    std::condition_variable m_ended;
+    std::condition_variable_any m_ended;
     std::optional<int> m_status;
     std::thread m_reader;
     std::thread m_waiter;

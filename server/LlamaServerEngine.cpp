@@ -89,7 +89,6 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
 {
     constexpr int kMostFailedStarts = 2;
     constexpr int kMostStarts = 5;
-    constexpr std::chrono::milliseconds kInterval{100};
 
     // 1. The model: a file of the person's own, or what the engine can fetch by itself.
     std::error_code ignored;
@@ -123,10 +122,9 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
         // 3. Its life.
         if (becomesReady(process, peer, stop)) {
             m_state.set({Phase::Ready, -1, {}});
-            while (!stop.stop_requested() && !process.waitForEnd(kInterval)) {
-            }
+            process.waitForEnd(stop);
         } else if (!stop.stop_requested() && ++failedStarts == kMostFailedStarts) {
-            process.waitForEnd(kInterval);
+            process.waitForLastLine();
             const std::lock_guard guard(m_mutex);
             error = "it ended with status " + std::to_string(process.status().value_or(0)) +
                     (m_lastLine.empty() ? std::string() : " and said last: " + m_lastLine);

@@ -90,7 +90,10 @@ bool RunningServer::waitForLine(std::string_view part) const
 
 int RunningServer::status()
 {
-    return m_process->waitForEnd(kPatience) ? *m_process->status() : -1;
+    if (!m_process->waitForEnd(kPatience))
+        return -1;
+    m_process->waitForLastLine();
+    return *m_process->status();
 }
 
 int RunningServer::end()
