@@ -121,6 +121,7 @@ QWidget *SelectionToolsView::makeRephraseCard(const ActivePopover::Rephrase &rep
     addText(u"Rephrased:"_s, ColorRole::AddedText, rephrase.replacement);
 
     auto *accept = new SmallButton(m_theme, u"Accept"_s, SmallButton::Kind::Accept, kButtonSize);
+    accept->setEnabled(!rephrase.replacement.isEmpty()); // no answer is no reason to lose what is selected
     connect(accept, &QAbstractButton::clicked, &m_tools, &SelectionTools::acceptRephrase);
     auto *reject = new SmallButton(m_theme, u"Reject"_s, SmallButton::Kind::Plain, kButtonSize);
     connect(reject, &QAbstractButton::clicked, &m_tools, &SelectionTools::closePopover);

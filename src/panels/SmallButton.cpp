@@ -18,6 +18,7 @@ constexpr int kSidePadding = 10;
 constexpr int kBareSidePadding = 6; // as the line of the status above it has
 constexpr int kVerticalPadding = 4;
 constexpr int kSymbolSpacing = 3;
+constexpr double kDisabledOpacity = 0.4;
 
 double groundOpacity(SmallButton::Kind kind) // of the secondary colour
 {
@@ -75,6 +76,7 @@ void SmallButton::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
+    painter.setOpacity(isEnabled() ? 1 : kDisabledOpacity);
     const QColor ground = m_kind == Kind::Accept
                               ? theme().color(ColorRole::Accept)
                               : withOpacity(theme().color(ColorRole::SecondaryText), groundOpacity(m_kind));

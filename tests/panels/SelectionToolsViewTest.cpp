@@ -117,6 +117,16 @@ TEST_F(SelectionToolsViewTest, ARephraseIsCopiedTakenAndGivenUpFromItsCard)
     EXPECT_EQ(onDisk(), "One. 2. Three.");
 }
 
+TEST_F(SelectionToolsViewTest, AnEmptyRephraseCannotBeAccepted)
+{
+    showTools("");
+    use(u"Rephrase"_s, u"Two."_s);
+    EXPECT_EQ(quotes(), (QStringList{u"Two."_s, u""_s}));
+    EXPECT_FALSE(button(*popover(), u"Accept"_s)->isEnabled());
+    click(button(*popover(), u"Reject"_s));
+    EXPECT_FALSE(popover());
+}
+
 TEST_F(SelectionToolsViewTest, ACardThatOpensWhileThePersonTypesLeavesTheKeysInTheDocument)
 {
     showTools("2.");
