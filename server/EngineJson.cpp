@@ -192,8 +192,10 @@ std::optional<int> tokenCount(std::string_view tokenizeAnswer)
 std::optional<int> contextSize(std::string_view propsAnswer)
 {
     const Json json = parsed(propsAnswer);
-    const std::optional<int> size = positiveInt(at(json, "default_generation_settings", "n_ctx"));
-    return size ? size : positiveInt(at(json, "n_ctx"));
+    std::optional<int> size = positiveInt(at(json, "default_generation_settings", "n_ctx"));
+    if (!size)
+        size = positiveInt(at(json, "n_ctx"));
+    return size.value_or(0) < kSmallestContext ? std::nullopt : size;
 }
 
 std::vector<std::string> modelIds(std::string_view modelsAnswer)

@@ -44,7 +44,8 @@ struct EngineError {
 EngineError engineError(std::string_view body);
 
 std::optional<int> tokenCount(std::string_view tokenizeAnswer);
-std::optional<int> contextSize(std::string_view propsAnswer);
+inline constexpr int kSmallestContext = 512;                      // tokens; with less no question can be answered
+std::optional<int> contextSize(std::string_view propsAnswer);     // absent also if it is smaller
 std::vector<std::string> modelIds(std::string_view modelsAnswer); // of /v1/models
 
 /// A model that Ollama has.

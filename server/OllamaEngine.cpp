@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <stop_token>
 #include <utility>
 
 namespace Tessaline::Server {
@@ -22,9 +23,16 @@ std::string ollamaName(const std::string &modelId)
 
 } // namespace
 
-bool isOllama(const LoopbackAddress &address)
+bool isOllama(const LoopbackAddress &address, std::chrono::milliseconds patience)
 {
-    const HttpOutcome tags = httpCall(address, {"/api/tags", {}, {}, std::chrono::seconds(2)}, {});
+    // Whatever it is that listens there, it may also write on and on.
+    std::stop_source end;
+    Worker alarm;
+    alarm.begin([&](const std::stop_token &stop) {
+        alarm.sleep(stop, patience);
+        end.request_stop();
+    });
+    const HttpOutcome tags = httpCall(address, {"/api/tags", {}, {}, std::chrono::seconds(2)}, end.get_token());
     return tags.status == 200 && ollamaModels(tags.body).has_value();
 }
 
@@ -84,6 +92,7 @@ bool OllamaEngine::pull(const std::stop_token &stop)
 {
     // The parts of a model are told one after the other; the largest comes first, so that the sum hardly ever goes
     // back.
+    constexpr size_t kMostParts = 1000;                           // no model has more
     std::map<std::string, std::pair<long long, long long>> parts; // how much has come, of how much
     std::string error;
     bool isDone = false;
@@ -95,7 +104,7 @@ bool OllamaEngine::pull(const std::stop_token &stop)
                 const EngineLine meaning = ollamaLine(line);
                 error = meaning.isRemote ? remoteSentence("Ollama") : meaning.error;
                 isDone = meaning.isDone;
-                if (meaning.total > 0)
+                if (meaning.total > 0 && (parts.size() < kMostParts || parts.contains(meaning.part)))
                     parts[meaning.part] = {meaning.completed, meaning.total};
                 double completed = 0;
                 double total = 0;

@@ -5,6 +5,7 @@
 #include "server/StateKeeper.h"
 #include "server/Worker.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,7 +41,7 @@ private:
     Worker m_worker; // last: it ends first
 };
 
-/// Whether Ollama answers at this address.
-bool isOllama(const LoopbackAddress &address);
+/// Whether Ollama answers at this address. What else is there is given up after that time.
+bool isOllama(const LoopbackAddress &address, std::chrono::milliseconds patience = std::chrono::seconds(2));
 
 } // namespace Tessaline::Server
