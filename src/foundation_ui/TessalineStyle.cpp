@@ -28,7 +28,8 @@ constexpr int kMenuSeparatorHeight = 9;
 constexpr int kMenuItemPadding = 12; // on both sides of an item's text
 constexpr int kMenuCheckWidth = 20;  // where some item of the menu can be checked
 constexpr int kMenuBarItemPadding = 9;
-constexpr int kShortcutGap = 32; // between the longest title and the keys
+constexpr int kButtonPadding = 12; // as the program's own buttons have
+constexpr int kShortcutGap = 32;   // between the longest title and the keys
 constexpr int kScrollHandleWidth = 6;
 constexpr double kScrollHandleOpacity = 0.3; // of the secondary text's colour; 0.5 under the pointer
 constexpr double kDisabledOpacity = 0.4;
@@ -173,10 +174,8 @@ QSize TessalineStyle::sizeFromContents(ContentsType type, const QStyleOption *op
     }
     case CT_MenuBarItem:
         return QSize(size.width() + 2 * kMenuBarItemPadding, 28);
-    case CT_PushButton: {
-        const QSize wanted = QProxyStyle::sizeFromContents(type, option, size, widget);
-        return QSize(std::max(wanted.width(), 72), 28);
-    }
+    case CT_PushButton:
+        return QSize(std::max(size.width() + 2 * kButtonPadding, 72), 28);
     case CT_ComboBox: // its menu lies over it, so what fits there has room here
         return QSize(size.width() + 2 * kMenuItemPadding + kMenuCheckWidth + kMenuFrame, 28);
     case CT_LineEdit:

@@ -6,6 +6,7 @@
 #include <QtWidgets/QComboBox>
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QMenu>
+#include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStyleOption>
 
@@ -77,6 +78,15 @@ TEST_F(TessalineStyleTest, AMenuHasRoomForItsTitlesAndTheirKeys)
     EXPECT_GE(menu.actionGeometry(longTitle).width(),
               metrics.horizontalAdvance(longTitle->text()) + metrics.horizontalAdvance(u"Ctrl+N"_s));
     EXPECT_EQ(menu.actionGeometry(withKeys).height(), 28);
+}
+
+TEST_F(TessalineStyleTest, AButtonHasRoomOnBothSidesOfItsText)
+{
+    QPushButton button(QStringLiteral("Add all of them anyway"));
+    button.setStyle(&m_style);
+    const int text = button.fontMetrics().horizontalAdvance(button.text());
+    EXPECT_GE(button.sizeHint().width(), text + 2 * 12);
+    EXPECT_EQ(button.sizeHint().height(), 28);
 }
 
 TEST_F(TessalineStyleTest, AComboBoxIsAsHighAsALineEditAndOpensAMenuOverItself)
