@@ -31,8 +31,8 @@ struct EngineRequest {
 
 /// How an answer ended.
 struct EngineOutcome {
-    /// Silent: nobody answered at all. Failed: it began, or refused, and said why.
-    enum class End { Complete, Stopped, Failed, Silent, TooLong };
+    /// Silent: nobody answered at all. Refused: it did not begin. Failed: it began, and came to no good end.
+    enum class End { Complete, Stopped, Failed, Silent, Refused, TooLong };
     End end = End::Complete;
     std::string sentence; // for the person, unless it is complete or was stopped
 };

@@ -42,7 +42,7 @@ EngineOutcome ask(const EngineTalk &talk, const HttpCall &call, const std::stop_
     const EngineError refusal = engineError(outcome.body);
     if (refusal.type == "exceed_context_size_error")
         return {End::TooLong, "The question, with what comes with it, is too long for the model."};
-    return {End::Failed, talk.name + " refused the question: " + refusal.message + "."};
+    return {End::Refused, talk.name + " refused the question: " + refusal.message + "."};
 }
 
 } // namespace Tessaline::Server

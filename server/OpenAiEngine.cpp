@@ -38,7 +38,13 @@ std::optional<int> OpenAiEngine::countTokens(std::string_view text, std::stop_to
 
 EngineOutcome OpenAiEngine::generate(const EngineRequest &request, std::stop_token stop, const TokenReceiver &token)
 {
-    EngineOutcome outcome = openAiGenerate(peer(), request, std::move(stop), token);
+    EngineOutcome outcome = openAiGenerate(peer(), request, stop, token);
+    if (outcome.end == EngineOutcome::End::Refused && !request.jsonSchema.empty()) {
+        // NOTE: not every such server knows schemas. The question says, too, what JSON is wanted.
+        EngineRequest plain = request;
+        plain.jsonSchema.clear();
+        outcome = openAiGenerate(peer(), plain, std::move(stop), token);
+    }
     if (outcome.end == EngineOutcome::End::Silent)
         noteSilence();
     return outcome;

@@ -312,6 +312,23 @@ TEST(ServerProgram, GivesBackTheMemoryOfLargeRequests)
         << before << " KiB before, " << server.privateMemory() << " after";
 }
 
+TEST(ServerProgram, AsksWithoutASchemaWhatAnEngineRefusesWithOne)
+{
+    const ScriptedServer engine(
+        openAiScript(R"({"status":400,"body":"{\"error\":\"unknown field response_format\"}"},)" +
+                     streamOf(token(R"({\"digest\":\"Short.\"})")) + R"(,{"status":400,"body":""})"));
+    const RunningServer server({urlOf(engine)});
+    ASSERT_TRUE(server.becomesWell());
+
+    EXPECT_EQ(server.post("/v1/digest-file", R"({"filename":"a","content":"b"})").body, R"({"digest":"Short."})");
+    EXPECT_EQ(server.post("/v1/digest-file", R"({"filename":"a","content":"b"})").status, 503);
+
+    const QList<QByteArray> asked = engine.requests(kChat);
+    ASSERT_EQ(asked.size(), 4) << "twice each";
+    EXPECT_THAT(asked[0].toStdString(), HasSubstr("response_format"));
+    EXPECT_THAT(asked[1].toStdString(), Not(HasSubstr("response_format")));
+}
+
 TEST(ServerProgram, LetsTheSideRequestsWaitForAChat)
 {
     const TemporaryFiles files;
