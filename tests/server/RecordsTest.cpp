@@ -226,8 +226,8 @@ TEST(EngineAnswers, AreReadAsFarAsTheyAreSound)
     EXPECT_EQ(contextSize(R"({"default_generation_settings":{"n_ctx":4096}})"), 4096);
     EXPECT_EQ(contextSize(R"({"n_ctx":2048})"), 2048);
     EXPECT_EQ(contextSize(R"({"n_ctx":512})"), 512);
-    for (const char *none :
-         {"", "{}", "{\"n_ctx\":0}", "{\"n_ctx\":-1}", "{\"n_ctx\":511}", "{\"n_ctx\":1.5}", "{\"n_ctx\":18446744073709551615}"})
+    for (const char *none : {"", "{}", "{\"n_ctx\":0}", "{\"n_ctx\":-1}", "{\"n_ctx\":511}", "{\"n_ctx\":1.5}",
+                             "{\"n_ctx\":18446744073709551615}"})
         EXPECT_EQ(contextSize(none), std::nullopt) << none;
     EXPECT_EQ(tokenCount(R"({"tokens":[1,2,3]})"), 3);
     EXPECT_EQ(tokenCount("{}"), std::nullopt);
