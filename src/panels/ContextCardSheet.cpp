@@ -4,6 +4,7 @@
 #include "foundation_ui/Label.h"
 #include "foundation_ui/TextButton.h"
 #include "panels/SessionContext.h"
+#include "panels/ShownPart.h"
 
 #include <QtGui/QPainter>
 #include <QtGui/QShortcut>
@@ -25,7 +26,8 @@ constexpr int kSpacing = 14;
 constexpr int kCaptionSpacing = 4;
 constexpr double kFieldRadius = 6;
 constexpr int kContentMargin = 6;
-constexpr int kTextInset = 4; // as the text below has
+constexpr qsizetype kMostEdited = 1'000'000; // UTF-16 units; of a longer text the beginning can be read
+constexpr int kTextInset = 4;                // as the text below has
 
 } // namespace
 
@@ -67,7 +69,8 @@ ContextCardSheet::ContextCardSheet(SessionContext &context, const Theme &theme, 
     m_content->setFrameShape(QFrame::NoFrame); // the sheet draws one like those of the fields
     m_content->viewport()->setAutoFillBackground(false);
     m_content->document()->setDocumentMargin(kContentMargin);
-    m_content->setPlainText(card.content); // after what counts as a change of the document
+    m_content->setReadOnly(card.content.size() > kMostEdited);
+    m_content->setPlainText(shownPart(card.content, kMostEdited)); // after what counts as a change of the document
     m_content->installEventFilter(this);
     addField(u"Description"_s, m_content);
 

@@ -13,7 +13,7 @@ class TextButton;
 class Theme;
 
 /// The sheet in which the fields of a card are written. It is made when the form has an item to edit, and closing it in
-/// any other way than by its buttons is "Cancel".
+/// any other way than by its buttons is "Cancel". A content of more than a million characters cannot be changed in it.
 class ContextCardSheet final : public QDialog
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 #include "foundation_ui/Contrast.h"
 #include "foundation_ui/FocusRing.h"
 #include "foundation_ui/Fonts.h"
+#include "panels/ShownPart.h"
 
 #include <QtGui/QPainter>
 #include <QtGui/QTextBlockFormat>
@@ -19,17 +20,6 @@ namespace {
 constexpr double kRadius = 4;
 constexpr int kHighest = 180;             // before it scrolls
 constexpr qsizetype kMeasuredHead = 4000; // UTF-16 units; at any width of a card higher than that
-
-/// What is shown of a text, whose end may be left out.
-QString shownPart(const QString &text)
-{
-    if (text.size() <= QuotedText::kMostShown)
-        return text;
-    qsizetype end = QuotedText::kMostShown;
-    if (text[end - 1].isHighSurrogate())
-        --end;
-    return text.first(end) + QStringLiteral("\n… (%1 more characters)").arg(text.size() - end);
-}
 
 } // namespace
 
@@ -88,7 +78,7 @@ void QuotedText::setQuotedText(const QString &text)
 /// Gives both documents the text. What is set on frames and blocks goes with the text before.
 void QuotedText::showText()
 {
-    const QString shown = shownPart(m_text);
+    const QString shown = shownPart(m_text, kMostShown);
     m_heights.clear();
     for (QTextDocument *each : {document(), &m_measured}) {
         const bool isHeadEnough = each == &m_measured && m_height == Height::Bounded;

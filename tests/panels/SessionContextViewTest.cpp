@@ -208,6 +208,23 @@ TEST_F(SessionContextViewTest, WhatIsNotChangedInTheSheetStaysAsItWas)
     EXPECT_EQ(changed.content, u"xTo be,\nor\u00A0not"_s) << "a protected space is no line break";
 }
 
+TEST_F(SessionContextViewTest, OfAHugeFileTheSheetShowsTheBeginningAndKeepsAll)
+{
+    show();
+    const QString content = u"A line of a long file.\n"_s.repeated(50'000) + u"end"_s;
+    m_ai->setAttachedContexts({item(u"huge.txt"_s, std::nullopt, content)});
+    visible<ContextRow>(view()).constFirst()->click();
+    auto *text = sheet()->findChild<QPlainTextEdit *>();
+    EXPECT_TRUE(text->isReadOnly());
+    const QString shown = text->toPlainText();
+    EXPECT_EQ(shown.first(1'000'000), content.first(1'000'000));
+    EXPECT_EQ(shown.sliced(1'000'000), u"\n… (%1 more characters)"_s.arg(content.size() - 1'000'000));
+    QTest::keyClicks(sheet()->findChildren<QLineEdit *>().constFirst(), u"!"_s);
+    click(button(*sheet(), u"Save"_s));
+    EXPECT_EQ(m_ai->attachedContexts().constFirst().name, u"huge.txt!"_s);
+    EXPECT_EQ(m_ai->attachedContexts().constFirst().content, content);
+}
+
 TEST_F(SessionContextViewTest, APopoverIsOpaqueWhereverItIsSeen)
 {
     show();
