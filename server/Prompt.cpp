@@ -3,6 +3,7 @@
 #include "server/SystemText.h"
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -100,6 +101,59 @@ size_t lineAbout(std::string_view document, std::string_view question)
     return best;
 }
 
+/// The line that the question is about, looked for once and only if it is needed: that takes a while in a long
+/// document.
+class LineAbout
+{
+public:
+    LineAbout(std::string_view document, std::string_view question) : m_document(document), m_question(question) {}
+
+    size_t begin()
+    {
+        if (!m_begin)
+            m_begin = lineAbout(m_document, m_question);
+        return *m_begin;
+    }
+
+private:
+    std::string_view m_document;
+    std::string_view m_question;
+    std::optional<size_t> m_begin;
+};
+
+Stretch stretchAround(std::string_view document, LineAbout &about, size_t mostBytes)
+{
+    if (document.size() <= mostBytes)
+        return {0, document.size()};
+    if (mostBytes == 0)
+        return {};
+    const size_t line = about.begin();
+    const size_t lineEnd = std::min(document.find('\n', line), document.size() - 1) + 1;
+    const size_t middle = line + (lineEnd - line) / 2;
+    Stretch stretch;
+    stretch.begin = std::min({line, middle - std::min(middle, mostBytes / 2), document.size() - mostBytes});
+    stretch.end = stretch.begin + mostBytes;
+
+    // Whole lines, unless the line itself is longer than what there is room for.
+    if (stretch.begin > 0 && document[stretch.begin - 1] != '\n')
+        if (const size_t next = document.find('\n', stretch.begin); next < line)
+            stretch.begin = next + 1;
+    if (stretch.end < document.size())
+        if (const size_t last = document.rfind('\n', stretch.end - 1);
+            last != std::string_view::npos && last >= line && last > stretch.begin)
+            stretch.end = last + 1;
+    while (stretch.begin < stretch.end && isInsideCharacter(document, stretch.begin))
+        ++stretch.begin;
+    while (stretch.end > stretch.begin && isInsideCharacter(document, stretch.end))
+        --stretch.end;
+    return stretch;
+}
+
+std::string_view documentOf(const ChatRequest &request)
+{
+    return request.document ? std::string_view(*request.document) : std::string_view();
+}
+
 std::string fenced(std::string_view title, std::string_view text, const std::string &fence)
 {
     std::string piece = "BEGIN " + fence + " " + std::string(title) + "\n";
@@ -161,53 +215,10 @@ std::string leftOut(size_t turns, size_t excerpts, size_t cards)
     return text.empty() ? text : text + ".\n";
 }
 
-} // namespace
-
-std::string fenceFor(const std::vector<std::string_view> &texts)
-{
-    // One more dash than any text has behind this word.
-    constexpr std::string_view kWord = "TEXT";
-    size_t longest = 0;
-    for (const std::string_view text : texts)
-        for (size_t at = text.find(kWord); at != std::string_view::npos; at = text.find(kWord, at + kWord.size())) {
-            const size_t end = text.find_first_not_of('-', at + kWord.size());
-            longest = std::max(longest, std::min(end, text.size()) - at - kWord.size());
-        }
-    return std::string(kWord) + std::string(longest + 1, '-');
-}
-
-Stretch stretchAbout(std::string_view document, std::string_view question, size_t mostBytes)
-{
-    if (document.size() <= mostBytes)
-        return {0, document.size()};
-    if (mostBytes == 0)
-        return {};
-    const size_t line = lineAbout(document, question);
-    const size_t lineEnd = std::min(document.find('\n', line), document.size() - 1) + 1;
-    const size_t middle = line + (lineEnd - line) / 2;
-    Stretch stretch;
-    stretch.begin = std::min({line, middle - std::min(middle, mostBytes / 2), document.size() - mostBytes});
-    stretch.end = stretch.begin + mostBytes;
-
-    // Whole lines, unless the line itself is longer than what there is room for.
-    if (stretch.begin > 0 && document[stretch.begin - 1] != '\n')
-        if (const size_t next = document.find('\n', stretch.begin); next < line)
-            stretch.begin = next + 1;
-    if (stretch.end < document.size())
-        if (const size_t last = document.rfind('\n', stretch.end - 1);
-            last != std::string_view::npos && last >= line && last > stretch.begin)
-            stretch.end = last + 1;
-    while (stretch.begin < stretch.end && isInsideCharacter(document, stretch.begin))
-        ++stretch.begin;
-    while (stretch.end > stretch.begin && isInsideCharacter(document, stretch.end))
-        --stretch.end;
-    return stretch;
-}
-
-Prompt assemblePrompt(const ChatRequest &request, size_t mostBytes)
+Prompt assembled(const ChatRequest &request, LineAbout &line, size_t mostBytes)
 {
     constexpr size_t kRoomForRemarks = 300; // bytes: what is said about what was left out
-    const std::string_view document = request.document ? std::string_view(*request.document) : std::string_view();
+    const std::string_view document = documentOf(request);
     const std::string instructions = systemText(markerLinesIn(document));
 
     // 1. All pieces, whole.
@@ -245,7 +256,7 @@ Prompt assemblePrompt(const ChatRequest &request, size_t mostBytes)
     Stretch stretch{0, document.size()};
     if (total > mostBytes) {
         const size_t excess = total - mostBytes;
-        stretch = stretchAbout(document, request.prompt, document.size() - std::min(document.size(), excess));
+        stretch = stretchAround(document, line, document.size() - std::min(document.size(), excess));
         total -= document.size() - (stretch.end - stretch.begin);
     }
     for (; total > mostBytes && !cards.empty(); cards.pop_back())
@@ -279,6 +290,33 @@ Prompt assemblePrompt(const ChatRequest &request, size_t mostBytes)
     return prompt;
 }
 
+} // namespace
+
+std::string fenceFor(const std::vector<std::string_view> &texts)
+{
+    // One more dash than any text has behind this word.
+    constexpr std::string_view kWord = "TEXT";
+    size_t longest = 0;
+    for (const std::string_view text : texts)
+        for (size_t at = text.find(kWord); at != std::string_view::npos; at = text.find(kWord, at + kWord.size())) {
+            const size_t end = text.find_first_not_of('-', at + kWord.size());
+            longest = std::max(longest, std::min(end, text.size()) - at - kWord.size());
+        }
+    return std::string(kWord) + std::string(longest + 1, '-');
+}
+
+Stretch stretchAbout(std::string_view document, std::string_view question, size_t mostBytes)
+{
+    LineAbout line(document, question);
+    return stretchAround(document, line, mostBytes);
+}
+
+Prompt assemblePrompt(const ChatRequest &request, size_t mostBytes)
+{
+    LineAbout line(documentOf(request), request.prompt);
+    return assembled(request, line, mostBytes);
+}
+
 int estimatedTokens(std::string_view text)
 {
     constexpr size_t kBytesPerToken = 3;
@@ -294,9 +332,10 @@ Prompt fitPrompt(const ChatRequest &request, int windowTokens, const TokenCounte
     constexpr double kMargin = 0.97;
     const int mostTokens = windowTokens - windowTokens / 4;
     size_t mostBytes = static_cast<size_t>(mostTokens) * kMostBytesPerToken;
+    LineAbout line(documentOf(request), request.prompt);
     Prompt prompt;
     for (int round = 0; round < kRounds; ++round) {
-        prompt = assemblePrompt(request, mostBytes);
+        prompt = assembled(request, line, mostBytes);
         std::string text;
         for (const Turn &turn : prompt.turns)
             text += turn.content + "\n";
