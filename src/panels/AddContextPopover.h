@@ -3,6 +3,7 @@
 #include "Services/ConceptCard.h"
 
 #include <QtCore/QList>
+#include <QtCore/QString>
 #include <QtWidgets/QWidget>
 
 #include <optional>
@@ -31,6 +32,7 @@ Q_SIGNALS:
     void filesWanted();
 
 private:
+    void submit();
     void update();
     QWidget *makeProgressRow();
     QWidget *makeOptions();
@@ -42,6 +44,7 @@ private:
     QVBoxLayout *m_state; // holds the one widget for the state
     std::optional<bool> m_isShowingProgress;
     QList<ConceptCard> m_shownOptions;
+    QString m_submitted; // what is being looked up, as it was typed
 };
 
 } // namespace Tessaline

@@ -7,6 +7,7 @@
 #include "panels/Popover.h"
 #include "tests/panels/PanelsViewsFixture.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QMimeData>
 #include <QtGui/QAccessible>
 #include <QtGui/QDropEvent>
@@ -119,6 +120,27 @@ TEST_F(SessionContextViewTest, ThePopoverOpensByKeyTakesATopicAndGivesTheFocusBa
     EXPECT_FALSE(hasButton(*popover(), u"Add to Context"_s));
     ASSERT_TRUE(eventually([this] { return rows() == QStringList{u"Faust"_s}; }));
     EXPECT_FALSE(popover());
+}
+
+TEST_F(SessionContextViewTest, ReturnTwiceAsksForATopicOnceAndForAnotherTopicAgain)
+{
+    const FileURL gate = m_files.url(u"gate"_s);
+    serve(QStringLiteral(R"({"replies":{"/v1/expand-concept":[{"until":"%1","status":500}]}})")
+              .arg(gate.path())
+              .toUtf8());
+    show();
+    m_ai->setSuggestedContexts({u"Faust"_s});
+    visible<SuggestionChip>(view())[0]->click();
+    press(Qt::Key_Return);
+    press(Qt::Key_Return);
+    QTest::keyClicks(popover()->findChild<QLineEdit *>(), u" II"_s);
+    press(Qt::Key_Return);
+    press(Qt::Key_Return);
+    QFile open(gate.path());
+    ASSERT_TRUE(open.open(QIODevice::WriteOnly));
+    open.close();
+    ASSERT_TRUE(eventually([this] { return alert() || rows().size() > 1; })) << "both have come";
+    EXPECT_EQ(m_server->requests("/v1/expand-concept").size(), 2);
 }
 
 TEST_F(SessionContextViewTest, OfSeveralReadingsOneIsChosenInThePopover)
