@@ -110,12 +110,27 @@ QWidget *SuggestionCard::makeChangeBox()
 void SuggestionCard::setState(SuggestionState state)
 {
     m_state = state;
+    if (state != SuggestionState::Pending)
+        leaveButtons();
     m_accepted->setVisible(state == SuggestionState::Accepted);
     m_rejected->setVisible(state == SuggestionState::Rejected);
-    m_buttons->setVisible(state == SuggestionState::Pending); // a focus on them goes on to what is next
+    m_buttons->setVisible(state == SuggestionState::Pending);
     const QString words[] = {u"pending"_s, u"accepted"_s, u"rejected"_s};
     setAccessibleDescription(words[static_cast<int>(state)]);
     updateGeometry();
+}
+
+/// A focus on the buttons goes on to what stands behind them, while they still have a place in the order: without one
+/// it would go anywhere.
+void SuggestionCard::leaveButtons()
+{
+    const auto haveFocus = [this] {
+        const QWidget *focus = window()->focusWidget();
+        return focus && m_buttons->isVisible() && m_buttons->isAncestorOf(focus);
+    };
+    constexpr int kButtons = 2;
+    for (int i = 0; i < kButtons && haveFocus(); ++i)
+        focusNextChild();
 }
 
 int SuggestionCard::heightForWidth(int width) const

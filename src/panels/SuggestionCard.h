@@ -33,6 +33,7 @@ protected:
 
 private:
     QWidget *makeChangeBox();
+    void leaveButtons();
 
     EditSuggestion m_suggestion;
     const Theme &m_theme;

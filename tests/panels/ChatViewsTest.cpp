@@ -252,6 +252,25 @@ TEST_F(ChatViewsTest, OneEditIsAcceptedByClickOneRejectedByKeyAndOneThatIsNotFou
     EXPECT_TRUE(hasButton(*cards()[2], u"Reject"_s));
 }
 
+TEST_F(ChatViewsTest, AfterAPressByKeyTheFocusGoesOnToWhatStandsBehindTheCard)
+{
+    serve("{}");
+    open();
+    show();
+    setMessages({message(u"assistant"_s, block(u"One."_s, u"1."_s) + block(u"Two."_s, u"2."_s)),
+                 message(u"user"_s, u"Thanks."_s)});
+    m_column->setFocus();
+    for (const QString &press : {u"Reject"_s, u"Accept"_s}) {
+        const qsizetype card = press == u"Reject"_s ? 0 : 1;
+        QAbstractButton *const pressed = button(*cards()[card], press);
+        pressed->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(pressed, Qt::Key_Space);
+        ASSERT_TRUE(eventually([pressed] { return !pressed->isVisible(); }));
+        EXPECT_EQ(name(QApplication::focusWidget()), card == 0 ? u"Removed Text"_s : u"Message"_s);
+        EXPECT_TRUE(card == 1 || cards()[1]->isAncestorOf(QApplication::focusWidget()));
+    }
+}
+
 TEST_F(ChatViewsTest, QuestionsAndProposedChangesAreShownWholeAtAnyWidth)
 {
     show();
