@@ -72,8 +72,8 @@ std::optional<Refusal> foreignRefusal(const RequestHead &head, int port)
     if (hasHeader(head, "Origin") || (!sites.empty() && !isTypedByHand))
         return Refusal{kForbidden, "Web pages may not use this server."};
     const std::vector<std::string_view> hosts = valuesOf(head, "Host");
-    const std::string ownPort = std::string(":") + std::to_string(port);
-    if (hosts.size() != 1 || (hosts.front() != "127.0.0.1" + ownPort && hosts.front() != "localhost" + ownPort))
+    const std::string number = std::to_string(port);
+    if (hosts.size() != 1 || (hosts.front() != "127.0.0.1:" + number && hosts.front() != "localhost:" + number))
         return Refusal{kForbidden, "This server answers under its own address only."};
     return {};
 }
