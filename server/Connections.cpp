@@ -39,8 +39,9 @@ void Connections::run(int listener, const std::function<void(ClientSocket &)> &a
         const int socket = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
         if (socket != -1)
             begin(socket, answer);
-        else if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-            // NOTE: who wants to connect stays readable, so that without a pause this would turn at full speed.
+        else if (errno != EAGAIN && errno != ECONNABORTED && errno != EINTR) {
+            // NOTE: mostly there is no descriptor left. Who wants to connect stays there, so that without a pause this
+            // would turn at full speed.
             std::unique_lock lock(m_mutex);
             cutSlowest();
             m_changed.wait_for(lock, kInterval);
