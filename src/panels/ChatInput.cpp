@@ -131,7 +131,10 @@ QWidget *ChatInput::makeRetryRow()
 {
     auto *retry = new TextButton(m_theme, u"Retry Local AI"_s, TextButton::Kind::Plain);
     retry->setFont(Fonts::interface(Fonts::kSmallSize, QFont::Medium));
-    connect(retry, &QAbstractButton::clicked, &m_composer, &ChatComposer::retry);
+    connect(retry, &QAbstractButton::clicked, this, [this, retry] {
+        takeFocusFrom(*retry);
+        m_composer.retry();
+    });
     auto *row = new QWidget;
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, kRetryTop, 0, kRetryBottom);
@@ -144,8 +147,18 @@ QWidget *ChatInput::makeClearRow()
 {
     auto *clear = new SmallButton(m_theme, u"Clear Chat"_s, SmallButton::Kind::Bare, kSmallText, u"trash"_s);
     clear->setHelp(u"Clear Chat History"_s);
-    connect(clear, &QAbstractButton::clicked, &m_composer, &ChatComposer::clearChat);
+    connect(clear, &QAbstractButton::clicked, this, [this, clear] {
+        takeFocusFrom(*clear);
+        m_composer.clearChat();
+    });
     return clear;
+}
+
+/// A button that goes by its own press leaves the focus to the field, or to the input until the field can have it.
+void ChatInput::takeFocusFrom(const QWidget &button)
+{
+    if (button.hasFocus())
+        (m_field->isEnabled() ? static_cast<QWidget *>(m_field) : this)->setFocus(Qt::OtherFocusReason);
 }
 
 void ChatInput::send()

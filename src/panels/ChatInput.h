@@ -41,6 +41,7 @@ private:
     void update();
     void updateStatus();
     void send();
+    void takeFocusFrom(const QWidget &button);
     QWidget *makeRow();
     QWidget *makeRetryRow();
     QWidget *makeClearRow();

@@ -78,6 +78,24 @@ TEST_F(ChatViewsTest, OfflineTheFieldIsDisabledUntilTheServerIsStartedAgain)
     EXPECT_FALSE(hasButton(input(), u"Retry Local AI"_s));
 }
 
+TEST_F(ChatViewsTest, AButtonOfTheInputThatGoesByItsOwnPressLeavesTheFocusToTheField)
+{
+    serve("{}");
+    m_ai->stopServer();
+    show();
+    QAbstractButton *const retry = button(input(), u"Retry Local AI"_s);
+    retry->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Space);
+    EXPECT_FALSE(retry->isVisible());
+    EXPECT_TRUE(eventually([this] { return field().hasFocus(); })) << "as soon as it can be used";
+
+    setMessages({message(u"user"_s, u"Hello"_s)});
+    button(input(), u"Clear Chat"_s)->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(m_ai->chatMessages().isEmpty());
+    EXPECT_TRUE(field().hasFocus());
+}
+
 TEST_F(ChatViewsTest, AQuestionIsSentByReturnAndTheFocusComesBackWithTheFieldAfterTheAnswer)
 {
     serve(R"({"replies":{"/v1/chat/completions":[{"steps":[
