@@ -58,10 +58,10 @@ int focusedIndex(const QLayout &layout)
     return -1;
 }
 
-/// Takes the widgets out of a layout; they may be the reason for the call, so they go a moment later.
-void clear(QLayout &layout)
+/// Takes the widgets from a place on out of a layout; they may be the reason for the call, so they go a moment later.
+void clear(QLayout &layout, int from = 0)
 {
-    while (QLayoutItem *item = layout.takeAt(0)) {
+    while (QLayoutItem *item = layout.takeAt(from)) {
         if (QWidget *widget = item->widget()) {
             widget->hide();
             widget->deleteLater();
@@ -194,17 +194,20 @@ void SessionContextView::updateItems()
     m_list->setVisible(!items.isEmpty());
     if (items == m_shownItems)
         return;
+    // Rows in front of the first that is another one stay: a folder's files, dropped at once, come one by one.
+    const auto other =
+        std::mismatch(m_shownItems.cbegin(), m_shownItems.cend(), items.cbegin(), items.cend()).second - items.cbegin();
     m_shownItems = items;
     const int focused = focusedIndex(*m_rows);
-    clear(*m_rows);
-    for (const ContextItem &item : items) {
+    clear(*m_rows, static_cast<int>(other));
+    for (const ContextItem &item : items.sliced(other)) {
         auto *row = new ContextRow(m_theme, item);
         connect(row, &QAbstractButton::clicked, &m_context, [this, item] { m_context.editItem(item); });
         m_rows->addWidget(row);
         row->show(); // the same, to be able to take the focus
     }
-    if (focused < 0)
-        return;
+    if (focused < other)
+        return; // nothing had it, or what has it stays
     QWidget *heir = items.isEmpty() ? static_cast<QWidget *>(m_add)
                                     : m_rows->itemAt(std::min(focused, m_rows->count() - 1))->widget();
     heir->setFocus(Qt::OtherFocusReason);

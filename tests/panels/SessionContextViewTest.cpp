@@ -289,6 +289,22 @@ TEST_F(SessionContextViewTest, WhatTakesTheFocusComesIntoViewWhereverTheFocusCam
     EXPECT_TRUE(eventually([&] { return isInView(visible<ContextRow>(view()).constLast()); }));
 }
 
+TEST_F(SessionContextViewTest, RowsStayWhileOthersAreAttachedBehindThem)
+{
+    show();
+    m_ai->setAttachedContexts({item(u"Faust"_s), item(u"Hamlet"_s)});
+    const QList<ContextRow *> before = visible<ContextRow>(view());
+    before[1]->setFocus(Qt::TabFocusReason);
+    m_ai->setAttachedContexts({item(u"Faust"_s), item(u"Hamlet"_s), item(u"Othello"_s)});
+    EXPECT_EQ(rows(), (QStringList{u"Faust"_s, u"Hamlet"_s, u"Othello"_s}));
+    EXPECT_EQ(visible<ContextRow>(view()).first(2), before);
+    EXPECT_TRUE(before[1]->hasFocus());
+
+    m_ai->setAttachedContexts({item(u"Faust"_s), item(u"Othello"_s)});
+    EXPECT_EQ(rows(), (QStringList{u"Faust"_s, u"Othello"_s}));
+    EXPECT_TRUE(visible<ContextRow>(view())[1]->hasFocus());
+}
+
 TEST_F(SessionContextViewTest, AWheelOverTheSuggestionsScrollsThemSideways)
 {
     show();
