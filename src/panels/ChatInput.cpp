@@ -9,6 +9,7 @@
 #include "panels/ChatComposer.h"
 #include "panels/OptionButton.h"
 #include "panels/SendButton.h"
+#include "panels/ShownPart.h"
 #include "panels/SmallButton.h"
 #include "Services/LocalAIService.h"
 
@@ -61,6 +62,14 @@ protected:
 private:
     const Theme &m_theme;
 };
+
+/// The whole of a line that may be cut: an error of the server can be of any length and have signs of markup in it. As
+/// markup the toolkit breaks it into lines.
+QString statusToolTip(const QString &status)
+{
+    constexpr qsizetype kMost = 1000;
+    return status.isEmpty() ? status : u"<qt>%1</qt>"_s.arg(shownPart(status, kMost).toHtmlEscaped());
+}
 
 } // namespace
 
@@ -195,10 +204,11 @@ void ChatInput::update()
 void ChatInput::updateStatus()
 {
     m_status->setText(m_ai.contextStatus());
-    m_status->setToolTip(m_ai.contextStatus());
+    m_status->setToolTip(statusToolTip(m_ai.contextStatus()));
     m_status->setVisible(!m_ai.contextStatus().isEmpty());
     // A live region: what is new in it is told wherever the focus is.
     m_status->setAccessibleName(m_ai.contextStatus());
+    m_status->setAccessibleDescription(m_ai.contextStatus()); // in the place of the tool tip with its markup
     QAccessibleEvent alert(m_status, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }

@@ -3,6 +3,7 @@
 #include "foundation_ui/Contrast.h"
 #include "foundation_ui/Fonts.h"
 #include "foundation_ui/Label.h"
+#include "foundation_ui/PlainToolTip.h"
 #include "foundation_ui/Symbols.h"
 
 #include <QtGui/QFontMetricsF>
@@ -111,7 +112,7 @@ SuggestionChip::SuggestionChip(const Theme &theme, const QString &topic, QWidget
     setFont(Fonts::interface(kChipTextSize));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setCornerRadius(sizeHint().height() / 2.0);
-    setHelp(m_topic);
+    setHelp(plainToolTip(m_topic)); // a model may suggest anything
 }
 
 QSize SuggestionChip::sizeHint() const

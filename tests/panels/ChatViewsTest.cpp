@@ -505,6 +505,22 @@ TEST_F(ChatViewsTest, TheLineUnderTheFieldIsAStatusWhoseNameIsItsText)
     EXPECT_EQ(status->text(QAccessible::Name), u"Preparing context…"_s);
 }
 
+TEST_F(ChatViewsTest, TheToolTipOfTheStatusShowsMarkupAsItStandsAndBreaksWhatIsLong)
+{
+    show();
+    m_ai->setContextStatus(u"AI error: <img src='file:///a.png'> & "_s + u"much "_s.repeated(1000));
+    QString tip;
+    for (const QLabel *label : visible<QLabel>(input()))
+        if (label->text() == m_ai->contextStatus())
+            tip = label->toolTip();
+    EXPECT_TRUE(tip.startsWith(u"<qt>AI error: &lt;img src='file:///a.png'&gt; &amp; much much "_s))
+        << tip.toStdString();
+    EXPECT_LT(tip.size(), 1200);
+    m_ai->setContextStatus(QString());
+    for (const QLabel *label : input().findChildren<QLabel *>())
+        EXPECT_EQ(label->toolTip(), QString());
+}
+
 TEST_F(ChatViewsTest, AnAnswerCastsASoftShadowIntoTheListAndAQuestionNone)
 {
     show();

@@ -95,6 +95,15 @@ TEST_F(SessionContextViewTest, ATopicWithAnAmpersandIsNoShortcut)
     EXPECT_TRUE(option.shortcut().isEmpty());
 }
 
+TEST_F(SessionContextViewTest, ASuggestionWithMarkupIsShownAsItStands)
+{
+    show();
+    m_ai->setSuggestedContexts({u"<b>Bold</b>"_s});
+    const SuggestionChip *chip = visible<SuggestionChip>(view()).constFirst();
+    EXPECT_EQ(chip->accessibleName(), u"<b>Bold</b>"_s);
+    EXPECT_EQ(chip->toolTip(), u"<qt>&lt;b&gt;Bold&lt;/b&gt;</qt>"_s);
+}
+
 TEST_F(SessionContextViewTest, ThePopoverOpensByKeyTakesATopicAndGivesTheFocusBack)
 {
     show();
