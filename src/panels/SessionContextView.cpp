@@ -10,6 +10,7 @@
 #include "panels/Popover.h"
 #include "panels/ScrolledContent.h"
 #include "panels/SessionContext.h"
+#include "panels/ShownPart.h"
 
 #include <QtCore/QMimeData>
 #include <QtCore/QUrl>
@@ -31,6 +32,7 @@ constexpr int kSidePadding = 16;
 constexpr int kListPadding = 12;
 constexpr int kRowSpacing = 8;
 constexpr int kChipSpacing = 8;
+constexpr qsizetype kMostOfMessage = 1000; // UTF-16 units of an alert, so that its buttons stay on the screen
 constexpr int kPlaceholderWidth = 240;
 
 QList<FileURL> localFiles(const QMimeData &dragged)
@@ -259,7 +261,7 @@ void SessionContextView::updateDuplicateAlert()
         return;
     }
     if (m_alert) {
-        m_alert->setInformativeText(m_context.duplicateMessage()); // of a later item
+        m_alert->setInformativeText(shownPart(m_context.duplicateMessage(), kMostOfMessage)); // of a later item
         return;
     }
     const QString title = u"Likely Duplicate Detected"_s;
@@ -268,7 +270,7 @@ void SessionContextView::updateDuplicateAlert()
     m_alert->setWindowTitle(title);
     m_alert->setTextFormat(Qt::PlainText);
     m_alert->setText(title);
-    m_alert->setInformativeText(m_context.duplicateMessage());
+    m_alert->setInformativeText(shownPart(m_context.duplicateMessage(), kMostOfMessage));
     if (auto *heading = m_alert->findChild<QLabel *>(u"qt_msgbox_label"_s))
         heading->setFont(Fonts::interface(Fonts::kInterfaceSize, QFont::DemiBold));
     // Made with the text; its own format would take a name for markup.

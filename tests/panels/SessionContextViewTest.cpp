@@ -406,6 +406,18 @@ TEST_F(SessionContextViewTest, ALikelyDuplicateIsAddedOnlyByItsButton)
     EXPECT_EQ(rows().size(), 2);
 }
 
+TEST_F(SessionContextViewTest, TheAlertAboutANameWithoutEndStaysOnTheScreen)
+{
+    show();
+    m_ai->setAttachedContexts({item(u"Faust "_s + u"and so on "_s.repeated(2000))});
+    m_panels->context.attachContextItem(item(u"Faust"_s));
+    ASSERT_TRUE(alert());
+    EXPECT_TRUE(alert()->informativeText().startsWith(u"A similar item 'Faust and so on and"_s));
+    EXPECT_LT(alert()->informativeText().size(), 1100);
+    alert()->reject();
+    EXPECT_EQ(rows().size(), 1);
+}
+
 TEST_F(SessionContextViewTest, FilesAreAttachedByThePanelAndByADrop)
 {
     m_files.write(u"b.txt"_s, "bbb");
