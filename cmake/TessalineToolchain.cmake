@@ -46,12 +46,16 @@ if(sanitizer)
     target_compile_options(tessaline_options INTERFACE ${sanitizer})
     target_link_options(tessaline_options INTERFACE ${sanitizer})
 endif()
-if(TESSALINE_SANITIZER STREQUAL "thread")
-    # Every program gets the object that explains the toolkit to the sanitizer; it is not looked at itself.
-    add_library(tessaline_handoffs OBJECT "${CMAKE_SOURCE_DIR}/tests/support/ToolkitHandoffs.cpp")
-    target_link_libraries(tessaline_handoffs PRIVATE Qt6::Core)
+# Every program gets what the sanitizer has to be told; that is not looked at itself.
+if(TESSALINE_SANITIZER STREQUAL "address")
+    add_library(tessaline_sanitizer_options OBJECT "${CMAKE_SOURCE_DIR}/tests/support/AddressSanitizerOptions.cpp")
+elseif(TESSALINE_SANITIZER STREQUAL "thread")
+    add_library(tessaline_sanitizer_options OBJECT "${CMAKE_SOURCE_DIR}/tests/support/ToolkitHandoffs.cpp")
+    target_link_libraries(tessaline_sanitizer_options PRIVATE Qt6::Core)
+endif()
+if(TARGET tessaline_sanitizer_options)
     target_sources(tessaline_options INTERFACE
-        $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:tessaline_handoffs>>)
+        $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:tessaline_sanitizer_options>>)
 endif()
 
 target_link_options(tessaline_options INTERFACE -Wl,--as-needed -Wl,--gc-sections)
