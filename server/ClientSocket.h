@@ -17,7 +17,7 @@ struct ClientLimits {
     size_t largestBody = 64UL * 1024 * 1024;
     size_t mostBytes = 128UL * 1024 * 1024; // of all bodies that are held at once
     size_t mostConnections = 256;           // at once; when more come, the slowest to say what they want are cut off
-    int mostAnswers = 64;                   // to POST, being worked on at once; more get 503
+    int mostAnswers = 64;                   // to each path, being worked on at once; more get 503
 };
 
 /// The connection of one client, with limits on how long it may take to say what it wants and how much that may be.

@@ -11,9 +11,11 @@
 #include <chrono>
 #include <exception>
 #include <fcntl.h>
+#include <map>
 #include <memory>
 #include <optional>
 #include <poll.h>
+#include <string>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <thread>
@@ -88,7 +90,7 @@ private:
     std::thread m_thread;
 };
 
-/// One of the answers that are being worked on, as long as it lives; there are `mostAnswers` at once.
+/// One of the answers to a path that are being worked on, as long as it lives; there are `mostAnswers` at once.
 class AnswerPlace
 {
 public:
@@ -190,10 +192,12 @@ public:
     void serve(Routes routes)
     {
         m_routes = std::move(routes);
-        for (const auto &[path, answer] : m_routes.posts)
+        for (const auto &[path, answer] : m_routes.posts) {
+            m_answers[path] = 0;
             Post(path, [this, &answer = answer](const httplib::Request &request, httplib::Response &response) {
                 respond(request, response, answer);
             });
+        }
         m_connections.run(svr_sock_, [this](ClientSocket &client) { answerOn(client); });
     }
 
@@ -228,8 +232,9 @@ private:
     void respond(const httplib::Request &request, httplib::Response &response, const Answer &answer)
     {
         t_client->beginAnswer();
-        const auto running = std::make_shared<RunningAnswer>(m_answers, m_connections.limits().mostAnswers,
-                                                             t_client->number(), m_connections.isStopping());
+        const auto running =
+            std::make_shared<RunningAnswer>(m_answers.at(request.path), m_connections.limits().mostAnswers,
+                                            t_client->number(), m_connections.isStopping());
         if (!running->place.isThere())
             return setReply(response, {503, errorBody("The server has too much to answer. Ask again in a moment.")});
         std::variant<Reply, EventStream> reply = answer(request.body, running->watch.token());
@@ -259,7 +264,7 @@ private:
 
     Routes m_routes;
     int m_port = -1;
-    std::atomic<int> m_answers = 0; // that are being worked on
+    std::map<std::string, std::atomic<int>> m_answers; // that are being worked on, by path; all paths are there
     Connections m_connections;
 };
 

@@ -36,7 +36,8 @@ struct Routes {
 
 /// HTTP on 127.0.0.1. Each connection has a thread of its own and carries one request, which must be there in full
 /// within its time. What does not pass the gate is refused (403 for web pages and other names, 4xx for what is
-/// malformed), an unknown path gets 404 or 405, what takes too long 408, a body that is too large 413.
+/// malformed), an unknown path gets 404 or 405, what takes too long 408, a body without a length 411, one that is too
+/// large 413 or no JSON 415, a head that is too large 431, and what is too much at once 503.
 class HttpServer
 {
 public:
