@@ -107,7 +107,7 @@ QString ContextCardSheet::content() const
     if (!m_content->document()->isModified())
         return m_givenContent;
     QString text = m_content->document()->toRawText(); // the plain text has no protected spaces
-    return text.replace(QChar::ParagraphSeparator, u'\n');
+    return text.replace(QChar::ParagraphSeparator, u'\n').replace(QChar::LineSeparator, u'\n');
 }
 
 void ContextCardSheet::store()

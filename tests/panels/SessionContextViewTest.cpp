@@ -235,8 +235,11 @@ TEST_F(SessionContextViewTest, WhatIsNotChangedInTheSheetStaysAsItWas)
     });
     EXPECT_EQ(undone.content, content);
 
-    const ContextItem changed = edit([](QLineEdit &, QPlainTextEdit &text) { QTest::keyClicks(&text, u"x"_s); });
-    EXPECT_EQ(changed.content, u"xTo be,\nor\u00A0not"_s) << "a protected space is no line break";
+    const ContextItem changed = edit([](QLineEdit &, QPlainTextEdit &text) {
+        QTest::keyClicks(&text, u"x"_s);
+        QTest::keyClick(&text, Qt::Key_Return, Qt::ShiftModifier);
+    });
+    EXPECT_EQ(changed.content, u"x\nTo be,\nor\u00A0not"_s) << "a protected space is no line break";
 }
 
 TEST_F(SessionContextViewTest, OfAHugeFileTheSheetShowsTheBeginningAndKeepsAll)
