@@ -99,7 +99,6 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
     else if (const std::optional<ModelNames> names = modelNames(m_settings.modelId)) {
         model = {"--hf-repo", std::string(names->repository)};
         m_fetched = names->bytes;
-        m_kept = bytesIn(m_settings.modelFolder);
     } else
         return m_state.set({Phase::Explained, -1,
                             "The model “" + m_settings.modelId + "” is not known to this server. Put its file, " +
@@ -114,6 +113,7 @@ void LlamaServerEngine::supervise(const std::stop_token &stop)
                               llamaEnvironment(ownEnvironment(), m_settings, peer.key),
                               [this](std::string_view line) { noteLine(line); }};
         m_state.set({Phase::Loading, -1, {}}); // before it can say how far it is
+        m_kept = bytesIn(m_settings.modelFolder);
         std::string error;
         EngineProcess process(command, error);
         if (!error.empty())
@@ -176,8 +176,8 @@ void LlamaServerEngine::noteLine(std::string_view line)
 {
     constexpr size_t kLongest = 300; // bytes that are shown
     const std::optional<int> percent = percentageIn(line);
-    if (percent && m_state.state().phase != Phase::Ready)
-        return m_state.set({m_fetched > 0 ? Phase::Downloading : Phase::Loading, *percent, {}});
+    if (percent)
+        return m_state.setUnlessReady({m_fetched > 0 ? Phase::Downloading : Phase::Loading, *percent, {}});
     const std::lock_guard guard(m_mutex);
     m_lastLine = line.substr(0, kLongest);
 }

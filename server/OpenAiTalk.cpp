@@ -16,7 +16,7 @@ EngineOutcome openAiGenerate(const OpenAiPeer &peer, const EngineRequest &reques
 std::optional<int> openAiCountTokens(const OpenAiPeer &peer, std::string_view text, std::stop_token stop)
 {
     const HttpOutcome outcome =
-        httpCall(peer.address, {"/tokenize", tokenizeBody(text), peer.key, std::chrono::seconds(60)}, stop);
+        httpCall(peer.address, {"/tokenize", tokenizeBody(text), peer.key, std::chrono::seconds(10)}, stop);
     return outcome.status == 200 ? tokenCount(outcome.body) : std::nullopt;
 }
 

@@ -19,10 +19,19 @@ public:
         return m_state;
     }
 
-    void set(EngineState state)
+    void set(const EngineState &state) { set(state, Change::Any); }
+    /// The same for what only counts on the way there; a line of output may come late.
+    void setUnlessReady(const EngineState &state) { set(state, Change::OnTheWay); }
+
+private:
+    enum class Change { Any, OnTheWay };
+
+    void set(const EngineState &state, Change change)
     {
         {
             const std::lock_guard guard(m_mutex);
+            if (change == Change::OnTheWay && m_state.phase == EngineState::Phase::Ready)
+                return;
             const bool goesBack = state.phase == m_state.phase && state.percent < m_state.percent;
             if (goesBack || (m_isTold && state == m_state))
                 return;
@@ -33,7 +42,6 @@ public:
             m_listener(state);
     }
 
-private:
     const StateListener m_listener;
     mutable std::mutex m_mutex;
     EngineState m_state;
