@@ -98,14 +98,13 @@ void waitFor(const QFuture<void> &future)
 }
 
 /// Builds everything, in the order in which it depends on each other, and runs it.
-int run(QApplication &application, Theme &theme, const AppFolders &folders, SingleInstance &instance)
+int run(QApplication &application, Theme &theme, DiskAccess &disk, const AppFolders &folders, SingleInstance &instance)
 {
     // 1. The services.
     UpdateManager updates;
     Preferences stored(folders.configuration.appending(u"preferences.json"));
     AppPreferences preferences(stored);
     EventCenter events;
-    DiskAccess disk;
     DocumentStore store(events, disk);
     Workspace workspace(stored);
     FilePanels panels;
@@ -237,8 +236,9 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(u"Tessaline"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(TESSALINE_VERSION));
     QGuiApplication::setDesktopFileName(u"com.orlenth.tessaline"_s);
-    Theme theme; // outlives the application, whose style goes on using it
+    Theme theme;     // outlives the application, whose style goes on using it,
+    DiskAccess disk; // and whose end waits for what the workers still write
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false); // the window asks for the end itself; see AppDelegate
-    return run(application, theme, folders, instance);
+    return run(application, theme, disk, folders, instance);
 }
