@@ -87,6 +87,8 @@ void ChatMessagesList::takeMessages()
     }
     m_emptyState->setVisible(messages.isEmpty());
     layOut();
+    if (isOtherCount)
+        viewport()->update(); // the shadows of views that have gone
     if (isOtherCount && count > 0)
         scrollToEnd();
 }
