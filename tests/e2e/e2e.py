@@ -1,7 +1,7 @@
 """What the end-to-end tests share: one screen for a module, a throw-away profile for each test, the program of the build
 under test, and a picture of the screen for each failure.
 
-From ctest come TESSALINE_EXECUTABLE (the program), TESSALINE_EVIDENCE (a folder for pictures of failures) and
+From ctest come TESSALINE_EXECUTABLE (the program), TESSALINE_EVIDENCE (a folder for pictures of failures),
 TESSALINE_TIME_SCALE (stretches all limits; see desktop/timing.py) and TESSALINE_SANITIZER (what the build looks for; empty for
 nothing).
 """
@@ -53,10 +53,13 @@ class Clock:
     """The time of day that a program started with `environment` sees: the true one until `advance`. Timers go on as they do."""
 
     def __init__(self, file):
+        library = next(Path("/usr/lib").glob("*/faketime/libfaketimeMT.so.1"), None)
+        if library is None:
+            raise RuntimeError("libfaketime is not there: install the packages first.")
         self.file = file
         self.file.write_text("+0")
         self.environment = {
-            "LD_PRELOAD": str(next(Path("/usr/lib").glob("*/faketime/libfaketimeMT.so.1"))), "FAKETIME_NO_CACHE": "1",
+            "LD_PRELOAD": str(library), "FAKETIME_NO_CACHE": "1",
             "FAKETIME_TIMESTAMP_FILE": str(file), "FAKETIME_DONT_FAKE_MONOTONIC": "1", "NO_FAKE_STAT": "1"}
 
     def advance(self, minutes):

@@ -218,7 +218,7 @@ class ServerStates(AssistantTest):
         self.replies(health={"status": 503})
         self.start()
         self.expect_starting()
-        clock.advance(minutes=9)
+        clock.advance(minutes=5)
         probes = len(self.request_files(HEALTH))
         wait_until(lambda: len(self.request_files(HEALTH)) > probes + 1, "it is still asked", 20)
         self.expect_starting()

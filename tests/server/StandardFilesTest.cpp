@@ -58,6 +58,7 @@ protected:
 private:
     void spawn()
     {
+        m_server = -1;
         m_port = freePort();
         std::vector<std::string> arguments{TESSALINE_SERVER, "--port", std::to_string(m_port)};
         std::vector<std::string> variables{"HOME=/nonexistent", "PATH=/nonexistent", "OLLAMA_HOST=127.0.0.1:1"};
