@@ -10,8 +10,8 @@ namespace Tessaline::Server {
 /// - A line of equals signs inside the copied text ends that text too early: what the application would look for is
 ///   only the part before it, and it would put the rest of the copied text there as well. Where the document has such a
 ///   line, each edit is held back until it is whole. If the document goes on behind what would be looked for as the
-///   edit does, or the edit does not come to an end, its first mark is changed: then it is visible text, and no other
-///   edit swallows it.
+///   edit does, or the edit grows longer than `kLongestEdit`, its first mark is changed: then it is visible text, and
+///   no other edit swallows it.
 /// - An edit that deletes, or that copies nothing, may lack the empty line that has to stand between two marks, and
 ///   would reach into the next edit. It gets one.
 ///

@@ -23,8 +23,9 @@ struct EngineCommand {
     std::function<void(std::string_view line)> line;
 };
 
-/// A program that this one started, with what it starts itself: that is ended with it. It is killed when this process
-/// ends, however that comes about; for that the thread that starts it must live as long as it.
+/// A program that this one started, with what it starts itself: that is ended with it. The program is killed when this
+/// process ends, however that comes about; for that the thread that starts it must live as long as it. What a script
+/// started is not when this process is killed itself.
 class EngineProcess
 {
 public:
