@@ -8,13 +8,23 @@
 
 namespace Tessaline {
 
-FreedMemory::FreedMemory(std::chrono::milliseconds delay, QObject *parent) : QObject(parent)
+FreedMemory::FreedMemory(std::chrono::milliseconds soon, std::chrono::milliseconds later, QObject *parent)
+    : QObject(parent)
 {
-    m_timer.setSingleShot(true);
-    m_timer.setInterval(delay);
+    m_soon.setInterval(soon);
+    m_later.setInterval(later);
+    for (QTimer *timer : {&m_soon, &m_later}) {
+        timer->setSingleShot(true);
 #ifdef __GLIBC__
-    connect(&m_timer, &QTimer::timeout, this, [] { backgroundPool().start([] { malloc_trim(0); }); });
+        connect(timer, &QTimer::timeout, this, [] { backgroundPool().start([] { malloc_trim(0); }); });
 #endif
+    }
+}
+
+void FreedMemory::giveBackSoon()
+{
+    m_soon.start();
+    m_later.start();
 }
 
 } // namespace Tessaline

@@ -31,7 +31,7 @@ TEST(FreedMemoryTest, WhatWasFreedBetweenBlocksThatStayGoesBackToTheSystem)
 #if !defined(__GLIBC__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "another allocator";
 #endif
-    FreedMemory memory(0ms);
+    FreedMemory memory(0ms, 0ms);
     constexpr int kBlock = 30'000;     // bytes; like a piece of a document
     constexpr qint64 kMuch = 40 << 20; // bytes, of 60 MB
     const qint64 before = residentBytes();
