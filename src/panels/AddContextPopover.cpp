@@ -34,7 +34,7 @@ AddContextPopover::AddContextPopover(SessionContext &context, const Theme &theme
     m_field->setFont(Fonts::interface(Fonts::kInterfaceSize));
     m_field->setTextMargins(kTextInset, 0, kTextInset, 0);
     connect(m_field, &QLineEdit::textEdited, &context, &SessionContext::setConceptInput);
-    connect(m_field, &QLineEdit::returnPressed, this, &AddContextPopover::submit);
+    connect(m_field, &QLineEdit::returnPressed, &context, &SessionContext::submitConcept);
 
     auto *attach = new OptionButton(theme, u"doc.badge.plus"_s, u"Attach Reference File..."_s);
     connect(attach, &QAbstractButton::clicked, this, &AddContextPopover::filesWanted);
@@ -62,14 +62,6 @@ void AddContextPopover::focusField()
     m_field->setFocus(Qt::PopupFocusReason);
 }
 
-void AddContextPopover::submit()
-{
-    if (m_context.isExpandingConcept() && m_context.conceptInput() == m_submitted)
-        return; // the same twice would end in a question about a duplicate
-    m_submitted = m_context.conceptInput();
-    m_context.submitConcept();
-}
-
 void AddContextPopover::update()
 {
     if (m_field->text() != m_context.conceptInput())
@@ -78,8 +70,6 @@ void AddContextPopover::update()
         return;
     m_isShowingProgress = m_context.isExpandingConcept();
     m_shownOptions = m_context.ambiguousOptions();
-    if (m_context.isExpandingConcept())
-        m_submitted = m_context.conceptInput(); // it may come from a suggestion or a link
     if (m_state->count() > 0 && m_state->itemAt(0)->widget()->isAncestorOf(focusWidget()))
         focusField(); // what has the focus goes
     while (QLayoutItem *old = m_state->takeAt(0)) {

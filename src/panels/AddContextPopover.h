@@ -32,7 +32,6 @@ Q_SIGNALS:
     void filesWanted();
 
 private:
-    void submit();
     void update();
     QWidget *makeProgressRow();
     QWidget *makeOptions();
@@ -44,7 +43,6 @@ private:
     QVBoxLayout *m_state; // holds the one widget for the state
     std::optional<bool> m_isShowingProgress;
     QList<ConceptCard> m_shownOptions;
-    QString m_submitted; // what is being looked up, as it was typed
 };
 
 } // namespace Tessaline

@@ -77,9 +77,9 @@ void SessionContext::setConceptInput(const QString &text)
 void SessionContext::submitConcept()
 {
     const QString topic = m_conceptInput.trimmed();
-    if (topic.isEmpty())
+    if (topic.isEmpty() || topic == m_expandedTopic)
         return;
-    m_isExpandingConcept = true;
+    m_expandedTopic = topic;
     m_ambiguousOptions.clear();
     Q_EMIT changed();
     expand(topic);
@@ -91,7 +91,7 @@ QCoro::Task<> SessionContext::expand(QString topic)
     const std::optional<ConceptExpansionResponse> response = co_await m_ai.expandConcept(topic);
     if (stop.stop_requested())
         co_return;
-    m_isExpandingConcept = false;
+    m_expandedTopic.clear();
     const ConceptOutcome outcome = conceptOutcome(response, topic);
     if (const auto *item = std::get_if<ContextItem>(&outcome)) {
         attachContextItem(*item);
@@ -123,7 +123,7 @@ void SessionContext::resetConceptState()
 {
     m_conceptInput.clear();
     m_ambiguousOptions.clear();
-    m_isExpandingConcept = false;
+    m_expandedTopic.clear();
     m_isShowingAddContextPopover = false;
     Q_EMIT changed();
 }

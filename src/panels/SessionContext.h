@@ -46,11 +46,12 @@ public:
     void setShowingAddContextPopover(bool isShowing);
     const QString &conceptInput() const { return m_conceptInput; }
     void setConceptInput(const QString &text);
-    bool isExpandingConcept() const { return m_isExpandingConcept; }
+    bool isExpandingConcept() const { return !m_expandedTopic.isEmpty(); }
     const QList<ConceptCard> &ambiguousOptions() const { return m_ambiguousOptions; }
 
     /// Asks the server for a card about what is typed. The popover closes once something is attached or asked about,
-    /// and stays open with the options where there are several readings. Blank text does nothing.
+    /// and stays open with the options where there are several readings. Blank text does nothing, nor does the topic
+    /// that is being looked up, which would end in a question about a duplicate.
     void submitConcept();
     void chooseConcept(const ConceptCard &card);
     /// Takes a suggested topic into the popover, submits it, and takes its chip away.
@@ -94,7 +95,7 @@ private:
     LocalAIService &m_ai;
     bool m_isShowingAddContextPopover = false;
     QString m_conceptInput;
-    bool m_isExpandingConcept = false;
+    QString m_expandedTopic; // that is being looked up; empty for none
     QList<ConceptCard> m_ambiguousOptions;
     std::optional<ContextItem> m_editingItem;
     Card m_card;

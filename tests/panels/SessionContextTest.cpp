@@ -119,6 +119,20 @@ TEST_F(SessionContextTest, ABlankTopicDoesNothing)
     EXPECT_TRUE(context().isShowingAddContextPopover());
 }
 
+TEST_F(SessionContextTest, TheTopicThatIsBeingLookedUpIsNotAskedForAgain)
+{
+    serve(R"({"replies":{"/v1/expand-concept":[{"status":500}]}})");
+    submit(u"Faust"_s);
+    submit(u" Faust "_s);
+    EXPECT_TRUE(context().isExpandingConcept());
+    ASSERT_TRUE(waitsForExpansion());
+
+    submit(u"Hamlet"_s);
+    ASSERT_TRUE(waitsForExpansion());
+    EXPECT_EQ(m_server->requests("/v1/expand-concept").size(), 2);
+    EXPECT_EQ(names(), (QStringList{u"Faust"_s, u"Hamlet"_s}));
+}
+
 TEST_F(SessionContextTest, ALinkInAnAnswerOpensThePopoverAnalysingAtOnce)
 {
     context();
