@@ -73,6 +73,39 @@ private:
     Assistant &m_assistant;
 };
 
+class Assistant::RunningAside
+{
+public:
+    /// Waits until no chat runs and nothing else is asked aside, or `client` goes. `stop` is what a chat stops it by.
+    RunningAside(Assistant &assistant, const std::stop_source &stop, std::stop_token client) : m_assistant(assistant)
+    {
+        std::unique_lock lock(m_assistant.m_mutex);
+        m_hasTurn = m_assistant.m_changed.wait(
+            lock, std::move(client), [&assistant] { return assistant.m_chats == 0 && !assistant.m_isAsking; });
+        if (!m_hasTurn)
+            return;
+        m_assistant.m_isAsking = true;
+        m_assistant.m_aside = stop;
+    }
+    ~RunningAside()
+    {
+        if (!m_hasTurn)
+            return;
+        const std::lock_guard guard(m_assistant.m_mutex);
+        m_assistant.m_isAsking = false;
+        m_assistant.m_aside = std::stop_source(std::nostopstate);
+        m_assistant.m_changed.notify_all();
+    }
+    RunningAside(const RunningAside &) = delete;
+    RunningAside &operator=(const RunningAside &) = delete;
+
+    bool hasTurn() const { return m_hasTurn; }
+
+private:
+    Assistant &m_assistant;
+    bool m_hasTurn = false;
+};
+
 Routes Assistant::routes()
 {
     Routes routes;
@@ -202,31 +235,21 @@ std::optional<std::string> Assistant::askAside(const EngineRequest &request, std
 {
     constexpr size_t kLongest = 64 * 1024; // bytes; a model that writes on and on is stopped
     while (m_engine.state().phase == Phase::Ready) {
-        // 1. Its turn.
         std::stop_source stop;
-        {
-            std::unique_lock lock(m_mutex);
-            if (!m_changed.wait(lock, client, [this] { return m_chats == 0 && !m_isAsking; }))
-                return {};
-            m_isAsking = true;
-            m_aside = stop;
-        }
-
-        // 2. The answer, unless the client goes or a chat comes.
         std::string answer;
         EngineOutcome outcome;
         {
+            // 1. Its turn.
+            const RunningAside running(*this, stop, client);
+            if (!running.hasTurn())
+                return {};
+
+            // 2. The answer, unless the client goes or a chat comes.
             const std::stop_callback gone(client, [&stop] { stop.request_stop(); });
             outcome = m_engine.generate(request, stop.get_token(), [&answer](std::string_view token) {
                 answer += token;
                 return answer.size() <= kLongest;
             });
-        }
-        {
-            const std::lock_guard guard(m_mutex);
-            m_isAsking = false;
-            m_aside = std::stop_source(std::nostopstate);
-            m_changed.notify_all();
         }
         if (outcome.end == End::Complete)
             return answer;

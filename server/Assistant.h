@@ -25,6 +25,8 @@ public:
 private:
     /// Marks a chat as running, as long as it lives.
     class RunningChat;
+    /// Marks what is asked aside as running, as long as it lives.
+    class RunningAside;
 
     Reply health() const;
     std::variant<Reply, EventStream> chat(const std::string &body, std::stop_token stop);

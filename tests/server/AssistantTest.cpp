@@ -6,6 +6,7 @@
 #include <atomic>
 #include <future>
 #include <latch>
+#include <new>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -72,6 +73,22 @@ public:
     std::latch began{1};
 };
 
+/// Has no memory for its first answer.
+class ThrowingEngine final : public ReadyEngine
+{
+public:
+    EngineOutcome generate(const EngineRequest &, std::stop_token, const TokenReceiver &token) override
+    {
+        if (++m_asked == 1)
+            throw std::bad_alloc();
+        token(R"({"digest":"Short."})");
+        return {};
+    }
+
+private:
+    int m_asked = 0;
+};
+
 Reply digest(const Routes &routes, const std::stop_token &stop)
 {
     return std::get<Reply>(routes.posts.at("/v1/digest-file")(R"({"filename":"a","content":"b"})", stop));
@@ -125,6 +142,18 @@ TEST(Assistant, LetsAChatGoBeforeASideRequestThatRunsAlreadyAndAsksThatAgain)
     EXPECT_THAT(stream, HasSubstr("data: {\"token\":\"word\"}"));
     EXPECT_EQ(waiting.get().body, R"({"digest":"Short."})");
     EXPECT_EQ(engine.askedAside, 2);
+}
+
+TEST(Assistant, GivesTheNextSideRequestItsTurnWhenThereWasNoMemoryForTheOneBefore)
+{
+    ThrowingEngine engine;
+    Assistant assistant(Settings{}, engine);
+    const Routes routes = assistant.routes();
+    EXPECT_THROW(digest(routes, {}), std::bad_alloc);
+    std::stop_source impatient;
+    impatient.request_stop();
+
+    EXPECT_EQ(digest(routes, impatient.get_token()).body, R"({"digest":"Short."})");
 }
 
 TEST(Assistant, StopsASideRequestThatRunsWhenItsClientGoes)
